@@ -1,0 +1,65 @@
+#pragma once
+// A field value of a USD spec, as both readers produce it.
+//
+// Numbers keep the precision of their declared type: float-based types (float, float2/3/4,
+// half*, color3f, normal3f, point3f, texCoord2f, quatf, ...) become FloatArray, double-based
+// types (double*, matrix4d, quatd, timecode, ...) become DoubleArray. A scalar of such a type
+// is an array of one element with `isArray` false. `width` is the component count of one
+// element (1, 2, 3, 4, or 16 for matrix4d; quaternions are stored as (i, j, k, real)).
+// Thread: a value type.
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace orvanta::import::usd {
+
+struct Token { std::string text; friend bool operator==(const Token&, const Token&) = default; };
+struct AssetPath { std::string path; friend bool operator==(const AssetPath&, const AssetPath&) = default; };
+
+struct IntArray {        // int, uint, int64, uint64, uchar scalars and arrays
+    std::vector<std::int64_t> values;
+    bool isArray = true;
+};
+struct FloatArray {
+    int width = 1;
+    std::vector<float> values;  // element i is values[i*width .. i*width+width)
+    bool isArray = true;
+    std::size_t size() const { return width > 0 ? values.size() / static_cast<std::size_t>(width) : 0; }
+};
+struct DoubleArray {
+    int width = 1;
+    std::vector<double> values;
+    bool isArray = true;
+    std::size_t size() const { return width > 0 ? values.size() / static_cast<std::size_t>(width) : 0; }
+};
+using TokenArray = std::vector<Token>;
+using StringArray = std::vector<std::string>;
+using PathArray = std::vector<std::string>;   // "connectionPaths", "targetPaths", path list ops
+                                              // (explicit, prepended and appended items in order)
+struct Reference {                            // one item of "references" or "payload"
+    std::string assetPath;                    // empty: a reference inside the same layer
+    std::string primPath;                     // empty: the referenced layer's default prim
+};
+using ReferenceArray = std::vector<Reference>;
+using VariantSelection = std::map<std::string, std::string>;  // variant set -> chosen variant
+
+struct Value;
+struct TimeSamples { std::vector<std::pair<double, std::shared_ptr<const Value>>> samples; };
+struct Dictionary { std::map<std::string, std::shared_ptr<const Value>> entries; };
+
+struct Value {
+    std::variant<std::monostate,  // a value the reader skips (unsupported type)
+                 bool, std::string, Token, AssetPath, IntArray, FloatArray, DoubleArray,
+                 TokenArray, StringArray, PathArray, ReferenceArray, VariantSelection,
+                 TimeSamples, Dictionary>
+        data;
+
+    template <class T> const T* get() const { return std::get_if<T>(&data); }
+    bool empty() const { return std::holds_alternative<std::monostate>(data); }
+};
+
+} // namespace orvanta::import::usd
