@@ -1,0 +1,18 @@
+// Test process entry: a Qt application object (network and timers need one), a manual
+// main queue that tests drive, and a real background queue.
+#include "core/Dispatch.h"
+#include "core/EventLoopScheduler.h"
+#include "core/ManualScheduler.h"
+
+#include <QCoreApplication>
+#include <gtest/gtest.h>
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    testing::InitGoogleTest(&argc, argv);
+    orvanta::core::Dispatch::setMain(std::make_shared<orvanta::core::ManualScheduler>());
+    orvanta::core::Dispatch::setBackground(orvanta::core::EventLoopScheduler::withWorkerThread("background"));
+    const int result = RUN_ALL_TESTS();
+    orvanta::core::Dispatch::setBackground(nullptr);
+    return result;
+}
