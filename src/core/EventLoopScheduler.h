@@ -30,6 +30,9 @@ public:
     double now() const override;
     bool isCurrent() const override;
 
+    // The thread whose event loop runs the tasks (objects used by tasks may be moved there).
+    QThread* thread() const { return context_ ? context_->thread() : nullptr; }
+
 private:
     EventLoopScheduler() = default;
 

@@ -3,7 +3,8 @@
 // encoded textures. Every importer (USDZ/USDA/USDC, and glTF/GLB/OBJ/... through Assimp)
 // produces this; the adapters turn it into an AR entity tree or a 3D-viewer node tree.
 //
-// Conventions: Y up, lengths in metres, right-handed, counter-clockwise front faces.
+// Conventions: Y up, lengths in metres, right-handed, counter-clockwise front faces,
+// texture coordinates with (0, 0) at the image's bottom-left corner (v grows upwards).
 // Thread: a value type; build it on any thread, hand it over by move.
 
 #include <QByteArray>

@@ -1,0 +1,166 @@
+#include "import/AssimpImporter.h"
+
+#include "import/ImportError.h"
+
+#include <assimp/Importer.hpp>
+#include <assimp/GltfMaterial.h>
+#include <assimp/postprocess.h>
+#include <assimp/scene.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <functional>
+#include <map>
+
+namespace orvanta::import {
+
+namespace {
+
+constexpr unsigned postProcessing = aiProcess_Triangulate | aiProcess_GenSmoothNormals |
+                                    aiProcess_JoinIdenticalVertices | aiProcess_SortByPType |
+                                    aiProcess_ValidateDataStructure;
+
+// Converts one loaded aiScene. `baseDir` resolves external image paths; empty when the
+// data came from memory.
+class Conversion {
+public:
+    Conversion(const aiScene& source, QString baseDir) : source_(source), baseDir_(std::move(baseDir)) {}
+
+    ImportedScene run(std::string format) {
+        scene_.format = std::move(format);
+        for (unsigned i = 0; i < source_.mNumMaterials; ++i) scene_.materials.push_back(material(*source_.mMaterials[i]));
+        for (unsigned i = 0; i < source_.mNumMeshes; ++i) scene_.meshes.push_back(mesh(*source_.mMeshes[i]));
+        addNode(*source_.mRootNode, -1);
+        return std::move(scene_);
+    }
+
+private:
+    int addNode(const aiNode& source, int parent) {
+        const int index = static_cast<int>(scene_.nodes.size());
+        ImportedNode node;
+        node.name = source.mName.C_Str();
+        node.localTransform = QMatrix4x4(&source.mTransformation.a1); // both row-major
+        node.parent = parent;
+        for (unsigned i = 0; i < source.mNumMeshes; ++i) {
+            const unsigned m = source.mMeshes[i];
+            if (m < scene_.meshes.size() && !scene_.meshes[m].indices.empty()) node.meshes.push_back(static_cast<int>(m));
+        }
+        scene_.nodes.push_back(std::move(node));
+        for (unsigned i = 0; i < source.mNumChildren; ++i) {
+            const int child = addNode(*source.mChildren[i], index);
+            scene_.nodes[static_cast<std::size_t>(index)].children.push_back(child);
+        }
+        return index;
+    }
+
+    ImportedMesh mesh(const aiMesh& source) const {
+        ImportedMesh mesh;
+        mesh.name = source.mName.C_Str();
+        // Points and lines are split off by SortByPType; only triangles are drawn.
+        if (!(source.mPrimitiveTypes & aiPrimitiveType_TRIANGLE)) return mesh;
+        mesh.positions.reserve(source.mNumVertices);
+        for (unsigned v = 0; v < source.mNumVertices; ++v)
+            mesh.positions.emplace_back(source.mVertices[v].x, source.mVertices[v].y, source.mVertices[v].z);
+        if (source.mNormals) {
+            mesh.normals.reserve(source.mNumVertices);
+            for (unsigned v = 0; v < source.mNumVertices; ++v)
+                mesh.normals.emplace_back(source.mNormals[v].x, source.mNormals[v].y, source.mNormals[v].z);
+        }
+        if (source.mTextureCoords[0]) {
+            mesh.texCoords.reserve(source.mNumVertices);
+            for (unsigned v = 0; v < source.mNumVertices; ++v)
+                mesh.texCoords.emplace_back(source.mTextureCoords[0][v].x, source.mTextureCoords[0][v].y);
+        }
+        mesh.indices.reserve(std::size_t(source.mNumFaces) * 3);
+        for (unsigned f = 0; f < source.mNumFaces; ++f) {
+            const aiFace& face = source.mFaces[f];
+            if (face.mNumIndices != 3) continue;
+            mesh.indices.insert(mesh.indices.end(), face.mIndices, face.mIndices + 3);
+        }
+        const int material = source.mMaterialIndex < source_.mNumMaterials ? static_cast<int>(source.mMaterialIndex) : -1;
+        mesh.subsets.push_back({0, static_cast<std::uint32_t>(mesh.indices.size()), material});
+        return mesh;
+    }
+
+    ImportedMaterial material(const aiMaterial& source) {
+        ImportedMaterial material;
+        material.name = source.GetName().C_Str();
+        aiColor4D color;
+        if (source.Get(AI_MATKEY_BASE_COLOR, color) == AI_SUCCESS || source.Get(AI_MATKEY_COLOR_DIFFUSE, color) == AI_SUCCESS)
+            material.baseColorFactor = {color.r, color.g, color.b, color.a};
+        source.Get(AI_MATKEY_METALLIC_FACTOR, material.metallic);
+        source.Get(AI_MATKEY_ROUGHNESS_FACTOR, material.roughness);
+        aiColor3D emissive;
+        if (source.Get(AI_MATKEY_COLOR_EMISSIVE, emissive) == AI_SUCCESS)
+            material.emissiveFactor = {emissive.r, emissive.g, emissive.b};
+        source.Get(AI_MATKEY_OPACITY, material.opacity);
+        material.baseColorTexture = texture(source, aiTextureType_BASE_COLOR);
+        if (!material.baseColorTexture) material.baseColorTexture = texture(source, aiTextureType_DIFFUSE);
+        material.metallicRoughnessTexture = texture(source, aiTextureType_UNKNOWN);
+        material.emissiveTexture = texture(source, aiTextureType_EMISSIVE);
+        material.normalTexture = texture(source, aiTextureType_NORMALS);
+        return material;
+    }
+
+    // The index of the texture bound to `type`, loading its bytes once per distinct path.
+    std::optional<int> texture(const aiMaterial& source, aiTextureType type) {
+        aiString path;
+        if (source.GetTextureCount(type) == 0 || source.GetTexture(type, 0, &path) != AI_SUCCESS) return std::nullopt;
+        const std::string key = path.C_Str();
+        if (auto it = textureIndex_.find(key); it != textureIndex_.end()) return it->second;
+        QByteArray bytes = textureBytes(key);
+        if (bytes.isEmpty()) return std::nullopt;
+        const int index = static_cast<int>(scene_.textures.size());
+        scene_.textures.push_back({key, std::move(bytes), nullptr});
+        textureIndex_[key] = index;
+        return index;
+    }
+
+    QByteArray textureBytes(const std::string& path) const {
+        if (const aiTexture* embedded = source_.GetEmbeddedTexture(path.c_str())) {
+            // mHeight 0 marks compressed image bytes (PNG/JPEG) of mWidth bytes.
+            if (embedded->mHeight != 0) return {};
+            return QByteArray(reinterpret_cast<const char*>(embedded->pcData), static_cast<qsizetype>(embedded->mWidth));
+        }
+        if (baseDir_.isEmpty()) return {};
+        QFile file(QDir(baseDir_).filePath(QString::fromStdString(path)));
+        if (!file.open(QIODevice::ReadOnly)) return {};
+        return file.readAll();
+    }
+
+    const aiScene& source_;
+    QString baseDir_;
+    ImportedScene scene_;
+    std::map<std::string, int> textureIndex_;
+};
+
+core::Result<ImportedScene> convert(const Assimp::Importer& importer, const aiScene* scene, QString baseDir,
+                                    std::string format) {
+    if (!scene || !scene->mRootNode || (scene->mFlags & AI_SCENE_FLAGS_INCOMPLETE)) {
+        std::string reason = importer.GetErrorString();
+        if (reason.find("KHR_draco_mesh_compression") != std::string::npos)
+            return importError(ImportErrorCode::unsupportedFeature,
+                               "Draco-compressed meshes (KHR_draco_mesh_compression) are not supported");
+        return importError(ImportErrorCode::malformedData,
+                           "Cannot read the model: " + (reason.empty() ? std::string("no scene in the file") : reason));
+    }
+    return Conversion(*scene, std::move(baseDir)).run(std::move(format));
+}
+
+} // namespace
+
+core::Result<ImportedScene> AssimpImporter::importFile(const std::string& path, std::string formatName) {
+    Assimp::Importer importer;
+    const aiScene* scene = importer.ReadFile(path, postProcessing);
+    return convert(importer, scene, QFileInfo(QString::fromStdString(path)).absolutePath(), std::move(formatName));
+}
+
+core::Result<ImportedScene> AssimpImporter::importBytes(std::span<const std::uint8_t> bytes, const std::string& extensionHint) {
+    Assimp::Importer importer;
+    const aiScene* scene = importer.ReadFileFromMemory(bytes.data(), bytes.size(), postProcessing, extensionHint.c_str());
+    return convert(importer, scene, {}, extensionHint);
+}
+
+} // namespace orvanta::import

@@ -1,0 +1,58 @@
+#include "import/SceneImporter.h"
+
+#include "import/AssimpImporter.h"
+#include "import/ImportError.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
+namespace orvanta::import {
+
+namespace {
+
+bool startsWith(std::span<const std::uint8_t> bytes, const char* magic) {
+    const std::size_t n = std::strlen(magic);
+    return bytes.size() >= n && std::memcmp(bytes.data(), magic, n) == 0;
+}
+
+} // namespace
+
+ModelFormat SceneImporter::sniff(std::span<const std::uint8_t> head) {
+    if (startsWith(head, "PK\x03\x04")) return ModelFormat::usdz;
+    if (startsWith(head, "PXR-USDC")) return ModelFormat::usdc;
+    if (startsWith(head, "#usda")) return ModelFormat::usda;
+    if (startsWith(head, "glTF")) return ModelFormat::glb;
+    // Skip a byte-order mark and white space before looking at text.
+    std::size_t i = startsWith(head, "\xEF\xBB\xBF") ? 3 : 0;
+    while (i < head.size() && std::isspace(head[i])) ++i;
+    if (i == head.size()) return ModelFormat::unknown; // empty or blank
+    if (head[i] == '{') return ModelFormat::gltf;
+    if (head[i] == '<') return ModelFormat::unknown;   // HTML or XML, e.g. an error page
+    return ModelFormat::other;
+}
+
+core::Result<ImportedScene> SceneImporter::importFile(const std::string& path) {
+    QFile file(QString::fromStdString(path));
+    if (!file.open(QIODevice::ReadOnly))
+        return importError(ImportErrorCode::unreadableFile, "Cannot open " + path + ": " + file.errorString().toStdString());
+    const QByteArray head = file.read(64);
+    file.close();
+    const std::span<const std::uint8_t> bytes(reinterpret_cast<const std::uint8_t*>(head.constData()),
+                                              static_cast<std::size_t>(head.size()));
+    switch (sniff(bytes)) {
+    case ModelFormat::usdz:
+    case ModelFormat::usdc:
+    case ModelFormat::usda:
+        return importError(ImportErrorCode::unsupportedFeature, "USD files cannot be read yet: " + path);
+    case ModelFormat::glb: return AssimpImporter::importFile(path, "glb");
+    case ModelFormat::gltf: return AssimpImporter::importFile(path, "gltf");
+    case ModelFormat::other: return AssimpImporter::importFile(path, "other");
+    case ModelFormat::unknown: break;
+    }
+    return importError(ImportErrorCode::unrecognisedFormat, "Not a model file: " + path);
+}
+
+} // namespace orvanta::import
