@@ -1,0 +1,95 @@
+#pragma once
+// Typed reads of field values shared by the text reader, composition and scene extraction.
+//
+// Value's variant holds std::vector<std::string> twice (StringArray, then PathArray), so
+// those two are reached by index; readers of either accept both, since the field name
+// already says what the strings mean.
+// Thread: pure functions, any thread.
+
+#include "import/usd/UsdValue.h"
+
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <variant>
+#include <vector>
+
+namespace orvanta::import::usd {
+
+class UsdStageValue {
+public:
+    using Variant = decltype(Value::data);
+    static constexpr std::size_t tokenArrayIndex = 8;
+    static constexpr std::size_t stringArrayIndex = 9;
+    static constexpr std::size_t pathArrayIndex = 10;
+    static constexpr std::size_t referenceArrayIndex = 11;
+    static_assert(std::is_same_v<std::variant_alternative_t<tokenArrayIndex, Variant>, TokenArray>);
+    static_assert(std::is_same_v<std::variant_alternative_t<stringArrayIndex, Variant>, StringArray>);
+    static_assert(std::is_same_v<std::variant_alternative_t<pathArrayIndex, Variant>, PathArray>);
+    static_assert(std::is_same_v<std::variant_alternative_t<referenceArrayIndex, Variant>, ReferenceArray>);
+
+    static Value strings(StringArray items) { return Value{Variant(std::in_place_index<stringArrayIndex>, std::move(items))}; }
+    static Value paths(PathArray items) { return Value{Variant(std::in_place_index<pathArrayIndex>, std::move(items))}; }
+
+    // The strings of a StringArray or PathArray value, or nullptr.
+    static const std::vector<std::string>* stringList(const Value* value) {
+        if (!value) return nullptr;
+        if (const auto* s = std::get_if<stringArrayIndex>(&value->data)) return s;
+        return std::get_if<pathArrayIndex>(&value->data);
+    }
+
+    // Names from a TokenArray, StringArray or PathArray value (variant set names, schemas).
+    static std::vector<std::string> names(const Value* value) {
+        std::vector<std::string> out;
+        if (!value) return out;
+        if (const auto* tokens = value->get<TokenArray>()) {
+            for (const Token& t : *tokens) out.push_back(t.text);
+        } else if (const auto* strings = stringList(value)) {
+            out = *strings;
+        }
+        return out;
+    }
+
+    // The text of a Token, string or asset path value.
+    static std::optional<std::string> text(const Value* value) {
+        if (!value) return std::nullopt;
+        if (const auto* t = value->get<Token>()) return t->text;
+        if (const auto* s = value->get<std::string>()) return *s;
+        if (const auto* a = value->get<AssetPath>()) return a->path;
+        return std::nullopt;
+    }
+
+    // Element `i`, component `c` of a numeric value of any precision, or nullopt.
+    static std::optional<double> component(const Value* value, std::size_t i, int c, int width) {
+        if (!value) return std::nullopt;
+        const auto at = [&](const auto& values, int w) -> std::optional<double> {
+            if (w != width) return std::nullopt;
+            const std::size_t k = i * static_cast<std::size_t>(w) + static_cast<std::size_t>(c);
+            if (k >= values.size()) return std::nullopt;
+            return static_cast<double>(values[k]);
+        };
+        if (const auto* f = value->get<FloatArray>()) return at(f->values, f->width);
+        if (const auto* d = value->get<DoubleArray>()) return at(d->values, d->width);
+        if (const auto* n = value->get<IntArray>()) return at(n->values, 1);
+        if (const auto* b = value->get<bool>(); b && i == 0 && c == 0 && width == 1) return *b ? 1.0 : 0.0;
+        return std::nullopt;
+    }
+
+    // A scalar number of any numeric type (the first element of an array).
+    static std::optional<double> number(const Value* value) { return component(value, 0, 0, 1); }
+
+    // All components of a numeric value of `width` as doubles; empty when the width differs.
+    static std::vector<double> numbers(const Value* value, int width) {
+        std::vector<double> out;
+        if (!value) return out;
+        const auto copy = [&](const auto& values, int w) {
+            if (w == width) out.assign(values.begin(), values.end());
+        };
+        if (const auto* f = value->get<FloatArray>()) copy(f->values, f->width);
+        else if (const auto* d = value->get<DoubleArray>()) copy(d->values, d->width);
+        else if (const auto* n = value->get<IntArray>()) copy(n->values, 1);
+        return out;
+    }
+};
+
+} // namespace orvanta::import::usd
