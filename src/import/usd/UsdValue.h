@@ -37,7 +37,8 @@ struct DoubleArray {
     std::size_t size() const { return width > 0 ? values.size() / static_cast<std::size_t>(width) : 0; }
 };
 using TokenArray = std::vector<Token>;
-using StringArray = std::vector<std::string>;
+// string[] values; a struct of its own so it never collides with PathArray in Value.
+struct StringArray { std::vector<std::string> values; };
 using PathArray = std::vector<std::string>;   // "connectionPaths", "targetPaths", path list ops
                                               // (explicit, prepended and appended items in order)
 struct Reference {                            // one item of "references" or "payload"
