@@ -1,41 +1,22 @@
 #pragma once
 // Typed reads of field values shared by the text reader, composition and scene extraction.
-//
-// Value's variant holds std::vector<std::string> twice (StringArray, then PathArray), so
-// those two are reached by index; readers of either accept both, since the field name
-// already says what the strings mean.
 // Thread: pure functions, any thread.
 
 #include "import/usd/UsdValue.h"
 
 #include <optional>
 #include <string>
-#include <type_traits>
-#include <variant>
 #include <vector>
 
 namespace orvanta::import::usd {
 
 class UsdStageValue {
 public:
-    using Variant = decltype(Value::data);
-    static constexpr std::size_t tokenArrayIndex = 8;
-    static constexpr std::size_t stringArrayIndex = 9;
-    static constexpr std::size_t pathArrayIndex = 10;
-    static constexpr std::size_t referenceArrayIndex = 11;
-    static_assert(std::is_same_v<std::variant_alternative_t<tokenArrayIndex, Variant>, TokenArray>);
-    static_assert(std::is_same_v<std::variant_alternative_t<stringArrayIndex, Variant>, StringArray>);
-    static_assert(std::is_same_v<std::variant_alternative_t<pathArrayIndex, Variant>, PathArray>);
-    static_assert(std::is_same_v<std::variant_alternative_t<referenceArrayIndex, Variant>, ReferenceArray>);
-
-    static Value strings(StringArray items) { return Value{Variant(std::in_place_index<stringArrayIndex>, std::move(items))}; }
-    static Value paths(PathArray items) { return Value{Variant(std::in_place_index<pathArrayIndex>, std::move(items))}; }
-
     // The strings of a StringArray or PathArray value, or nullptr.
     static const std::vector<std::string>* stringList(const Value* value) {
         if (!value) return nullptr;
-        if (const auto* s = std::get_if<stringArrayIndex>(&value->data)) return s;
-        return std::get_if<pathArrayIndex>(&value->data);
+        if (const auto* s = value->get<StringArray>()) return &s->values;
+        return value->get<PathArray>();
     }
 
     // Names from a TokenArray, StringArray or PathArray value (variant set names, schemas).

@@ -2,7 +2,6 @@
 
 #include "import/ImportError.h"
 #include "import/usd/UsdStagePath.h"
-#include "import/usd/UsdStageValue.h"
 #include "import/usd/UsdaLexer.h"
 #include "import/usd/UsdaValueReader.h"
 
@@ -41,21 +40,15 @@ void combine(std::vector<T>& existing, std::vector<T> items, ListOp op) {
     if (op == ListOp::append) existing.insert(existing.end(), items.begin(), items.end());
 }
 
-constexpr std::size_t tokenList = UsdStageValue::tokenArrayIndex;
-constexpr std::size_t stringList = UsdStageValue::stringArrayIndex;
-constexpr std::size_t pathList = UsdStageValue::pathArrayIndex;
-constexpr std::size_t referenceList = UsdStageValue::referenceArrayIndex;
-
-// The list held by field `name`, made a list of alternative `I` if it holds anything else.
-template <std::size_t I>
-auto& listField(Spec& spec, const std::string& name) {
+template <class T>
+T& listField(Spec& spec, const std::string& name) {
     Value& value = spec.fields[name];
-    if (value.data.index() != I) value.data.template emplace<I>();
-    return std::get<I>(value.data);
+    if (!value.get<T>()) value.data = T{};
+    return std::get<T>(value.data);
 }
 
 void appendName(Spec& spec, const std::string& field, std::string_view name) {
-    listField<tokenList>(spec, field).push_back(Token{std::string(name)});
+    listField<TokenArray>(spec, field).push_back(Token{std::string(name)});
 }
 
 // Prim, variant set and variant names end up inside paths, so they may not hold path syntax.
@@ -167,24 +160,24 @@ private:
             if (lexer_.peek().isWord("None")) lexer_.next();
             else if (!reader_.readStrings(names)) return false;
             if (key == "variantSets") {
-                combine(listField<stringList>(spec, "variantSetNames"), std::move(names), op);
+                combine(listField<StringArray>(spec, "variantSetNames").values, std::move(names), op);
                 return true;
             }
             std::vector<Token> tokens;
             for (std::string& n : names) tokens.push_back(Token{std::move(n)});
-            combine(listField<tokenList>(spec, key), std::move(tokens), op);
+            combine(listField<TokenArray>(spec, key), std::move(tokens), op);
             return true;
         }
         if (key == "references" || key == "payload") {
             ReferenceArray items;
             if (!parseReferences(items)) return false;
-            combine(listField<referenceList>(spec, key), std::move(items), op);
+            combine(listField<ReferenceArray>(spec, key), std::move(items), op);
             return true;
         }
         if (key == "inherits" || key == "specializes") {
             PathArray paths;
             if (!readAbsolutePaths(path, paths)) return false;
-            combine(listField<pathList>(spec, key), std::move(paths), op);
+            combine(listField<PathArray>(spec, key), std::move(paths), op);
             return true;
         }
         if (key == "variants") {
@@ -365,7 +358,7 @@ private:
             if (relationship || suffix == "connect") {
                 PathArray targets;
                 if (!readAbsolutePaths(primPath, targets)) return false;
-                combine(listField<pathList>(spec, relationship ? "targetPaths" : "connectionPaths"),
+                combine(listField<PathArray>(spec, relationship ? "targetPaths" : "connectionPaths"),
                         std::move(targets), op.value_or(ListOp::explicitItems));
             } else if (suffix == "timeSamples") {
                 if (!reader_.readTimeSamples(type.text, isArray, spec.fields["timeSamples"])) return false;

@@ -1,7 +1,5 @@
 #include "import/usd/UsdaValueReader.h"
 
-#include "import/usd/UsdStageValue.h"
-
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -160,7 +158,7 @@ bool UsdaValueReader::readElement(const Type& type, Value& out, int depth) {
                                                  : token.kind == UsdaTokenKind::string;
         if (!ok) return lexer_.reject(type.kind == Kind::asset ? "expected an asset path" : "expected a quoted string");
         if (auto* tokens = std::get_if<TokenArray>(&out.data)) tokens->push_back(Token{std::move(token.value)});
-        else if (auto* strings = std::get_if<UsdStageValue::stringArrayIndex>(&out.data)) strings->push_back(std::move(token.value));
+        else if (auto* strings = std::get_if<StringArray>(&out.data)) strings->values.push_back(std::move(token.value));
         else if (type.kind == Kind::token) out.data = Token{std::move(token.value)};
         else if (type.kind == Kind::asset) out.data = AssetPath{std::move(token.value)};
         else out.data = std::move(token.value);
@@ -212,7 +210,7 @@ bool UsdaValueReader::readScalarOrArray(const Type& type, bool isArray, Value& o
     case Kind::doubling: out.data = DoubleArray{type.width, {}, isArray}; break;
     case Kind::token: if (isArray) out.data = TokenArray{}; break;
     case Kind::string:
-    case Kind::asset: if (isArray) out = UsdStageValue::strings({}); break;
+    case Kind::asset: if (isArray) out.data = StringArray{}; break;
     case Kind::dictionary:
     case Kind::unknown: break;
     }
