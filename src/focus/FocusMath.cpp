@@ -9,6 +9,13 @@ namespace orvanta::focus {
 namespace {
 constexpr float kQuarterTurn = std::numbers::pi_v<float> / 2.0f;
 constexpr float kEighthTurn = std::numbers::pi_v<float> / 4.0f;
+
+QQuaternion aboutY(float radians) {
+    return QQuaternion(std::cos(radians / 2.0f), 0.0f, std::sin(radians / 2.0f), 0.0f);
+}
+QQuaternion aboutX(float radians) {
+    return QQuaternion(std::cos(radians / 2.0f), std::sin(radians / 2.0f), 0.0f, 0.0f);
+}
 } // namespace
 
 float scaleForDistance(float distance) {
@@ -51,6 +58,20 @@ float yaw(const QQuaternion& rotation) {
     const QVector3D forward = rotation.rotatedVector(QVector3D(0, 0, -1));
     if (forward.x() == 0.0f && forward.z() == 0.0f) return 0.0f;
     return std::atan2(-forward.x(), -forward.z());
+}
+
+float squareYaw(const QQuaternion& indicatorRotation) {
+    return yaw(indicatorRotation * aboutX(kQuarterTurn));
+}
+
+QQuaternion squareRotation(const QQuaternion& hitRotation, arsession::ARPlaneAnchor::Alignment alignment,
+                           float cameraYaw, float currentSquareYaw) {
+    QQuaternion surface = isUpsideDown(hitRotation) ? halfTurnFlipped(hitRotation) : hitRotation;
+    if (alignment == arsession::ARPlaneAnchor::Alignment::horizontal) {
+        const float wanted = normalize(cameraYaw, currentSquareYaw);
+        surface = surface * aboutY(wanted - yaw(surface));
+    }
+    return (surface * aboutX(-kQuarterTurn)).normalized();
 }
 
 } // namespace orvanta::focus

@@ -3,6 +3,8 @@
 // Units: metres for lengths, radians for angles. Rotations are unit quaternions.
 // Thread: pure functions; any thread. None of them allocates.
 
+#include "arsession/ARPlaneAnchor.h"
+
 #include <QQuaternion>
 #include <QVector3D>
 
@@ -47,5 +49,22 @@ QQuaternion halfTurnFlipped(const QQuaternion& rotation);
 // Zero for the identity; positive for a turn to the left. A forward axis pointing straight
 // up or down has no yaw and yields 0.
 float yaw(const QQuaternion& rotation);
+
+// The focus indicator's square lies in its local x–y plane and faces its +z axis (its child
+// carrying the square is turned a quarter turn about x); the square's top edge points along +y.
+
+// Yaw of the square's top edge for an indicator turned by `indicatorRotation` (see yaw()).
+float squareYaw(const QQuaternion& indicatorRotation);
+
+// The indicator rotation that lays the square on the surface hit with rotation `hitRotation`
+// (whose y axis is the surface normal), for a surface of `alignment`:
+// - a hit whose up direction points down (see isUpsideDown) is first turned by half a turn;
+// - on a horizontal surface the square is twisted about the normal so that its top edge
+//   points along `cameraYaw`, brought by quarter turns to within π/4 of `currentSquareYaw`
+//   (the square never turns further than it must to follow the camera);
+// - on a vertical surface the hit's own frame is kept.
+// Angles in radians.
+QQuaternion squareRotation(const QQuaternion& hitRotation, arsession::ARPlaneAnchor::Alignment alignment,
+                           float cameraYaw, float currentSquareYaw);
 
 } // namespace orvanta::focus
