@@ -1,0 +1,106 @@
+#include "models/NetworkManager.h"
+
+#include "core/Dispatch.h"
+#include "core/Future.h"
+#include "core/Log.h"
+#include "core/TemporaryDirectory.h"
+#include "models/ARModelError.h"
+#include "models/ModelEntityLoader.h"
+#include "scenegraph/SceneSource.h"
+
+#include <QSaveFile>
+
+#include <filesystem>
+
+namespace orvanta {
+
+namespace {
+
+bool fileExists(const core::Url& url) {
+    std::error_code ignored;
+    return std::filesystem::exists(url.path(), ignored);
+}
+
+// Writes the whole body next to its final place and renames it there, so an interrupted
+// write never leaves a file that would count as cached.
+core::Url writeAtomically(const QByteArray& body, const core::Url& destination) {
+    QSaveFile file(QString::fromStdString(destination.path()));
+    if (!file.open(QIODevice::WriteOnly) || file.write(body) != body.size() || !file.commit())
+        throw core::Error("FileWriteError", static_cast<int>(file.error()),
+                          "Could not write " + destination.path() + ": " + file.errorString().toStdString());
+    return destination;
+}
+
+} // namespace
+
+NetworkManager::NetworkManager() : NetworkManager(net::HttpClient::shared()) {}
+
+NetworkManager::NetworkManager(std::shared_ptr<net::HttpClient> session) : session_(std::move(session)) {}
+
+core::Result<core::Url> NetworkManager::getLocalFileURL(const core::Url& url) const {
+    const std::string component = url.lastPathComponent();
+    if (component.empty() || component == "." || component == ".." ||
+        component.find('/') != std::string::npos || component.find('\0') != std::string::npos)
+        return ARModelError::unusableCacheName(component);
+    return core::TemporaryDirectory::url().appendingPathComponent(component);
+}
+
+core::Publisher<core::Url> NetworkManager::downloadAndCacheModel(const core::Url& from) {
+    auto local = getLocalFileURL(from);
+    if (!local) return core::Fail<core::Url>(local.error());
+    const core::Url destination = local.value();
+    if (fileExists(destination)) {
+        core::Log::print("File already exists locally: " + destination.path());
+        return core::Just(destination);
+    }
+    // The response status is deliberately not examined: whatever body arrives is the model.
+    return session_->get(from).tryMap([destination](const net::HttpResponse& response) {
+        writeAtomically(response.body, destination);
+        core::Log::print("Downloaded and saved model to: " + destination.path());
+        return destination;
+    });
+}
+
+core::Publisher<NetworkManager::ModelEntityPtr> NetworkManager::loadModel(const std::string& from) {
+    const auto url = core::Url::fromString(from);
+    if (!url) return core::Fail<ModelEntityPtr>(ARModelError::invalidEntityURL());
+    return downloadAndCacheModel(*url).flatMap(
+        [self = shared_from_this()](const core::Url& local) { return self->loadModelFromLocalURL(local); });
+}
+
+core::Publisher<NetworkManager::ModelEntityPtr> NetworkManager::loadModelFromLocalURL(const core::Url& url) {
+    if (!fileExists(url)) return core::Fail<ModelEntityPtr>(ARModelError::fileNotFound(url.path()));
+    // The entity load must start on the main queue, and only once subscribed.
+    return core::Deferred([url] {
+        return core::Just(url).receiveOn(core::Dispatch::main()).flatMap([](const core::Url& u) {
+            return ModelEntityLoader::loadModelAsync(u);
+        });
+    });
+}
+
+core::Publisher<NetworkManager::SceneNodePtr> NetworkManager::loadSceneKitModel(const std::string& from) {
+    const auto url = core::Url::fromString(from);
+    if (!url) return core::Fail<SceneNodePtr>(ARModelError::invalidSceneKitURL());
+    return downloadAndCacheModel(*url).flatMap(
+        [self = shared_from_this()](const core::Url& local) { return self->loadSceneKitModelFromLocalURL(local); });
+}
+
+core::Publisher<NetworkManager::SceneNodePtr> NetworkManager::loadSceneKitModelFromLocalURL(const core::Url& url) {
+    if (!url.isFileUrl()) return core::Fail<SceneNodePtr>(ARModelError::notAFileURL());
+    if (!fileExists(url)) return core::Fail<SceneNodePtr>(ARModelError::fileNotFound(url.path()));
+    // The scene is parsed right here, on the calling thread; the outcome goes to the main queue.
+    return core::Future<SceneNodePtr>([url](core::Promise<SceneNodePtr> promise) {
+        auto main = core::Dispatch::main();
+        auto source = scenegraph::SceneSource::make(url);
+        if (!source) return main->async([promise] { promise.fail(ARModelError::sceneSourceUnavailable()); });
+        auto scene = source->scene();
+        if (!scene) return main->async([promise] { promise.fail(ARModelError::sceneUnavailable()); });
+        auto container = scenegraph::SceneNode::make();
+        // Moving a child out of the root shrinks the root's list, so take a copy first.
+        const auto children = scene->rootNode->childNodes();
+        for (const auto& child : children) container->addChildNode(child);
+        main->async([promise, container] { promise.succeed(container); });
+    });
+}
+
+} // namespace orvanta

@@ -1,0 +1,72 @@
+#include "models/OrvARViewModel.h"
+
+#include "core/Log.h"
+
+namespace orvanta {
+
+namespace {
+
+// The completion handler both loads share: a failure is logged and ends the busy state.
+std::function<void(const core::Completion&)> completionHandler(std::weak_ptr<OrvARViewModel> weak) {
+    return [weak](const core::Completion& completion) {
+        if (completion.isFinished()) {
+            core::Log::print("Model loading completed successfully");
+            return;
+        }
+        core::Log::print("Failed to load model: " + completion.failure->description());
+        if (auto self = weak.lock()) self->setLoading(false);
+    };
+}
+
+} // namespace
+
+std::shared_ptr<OrvARViewModel> OrvARViewModel::make(std::shared_ptr<NetworkManager> network) {
+    return std::make_shared<OrvARViewModel>(Key{}, std::move(network));
+}
+
+OrvARViewModel::OrvARViewModel(Key, std::shared_ptr<NetworkManager> network) { setNetwork(std::move(network)); }
+
+void OrvARViewModel::setNetwork(std::shared_ptr<NetworkManager> network) {
+    network_ = std::move(network);
+    emit networkChanged();
+}
+
+void OrvARViewModel::setModelEntity(NetworkManager::ModelEntityPtr model) {
+    modelEntity_ = std::move(model);
+    emit modelEntityChanged();
+}
+
+void OrvARViewModel::setScnModel(NetworkManager::SceneNodePtr model) {
+    scnModel_ = std::move(model);
+    emit scnModelChanged();
+}
+
+void OrvARViewModel::setLoading(bool loading) {
+    loading_ = loading;
+    emit loadingChanged();
+}
+
+void OrvARViewModel::loadModel(const std::string& link) {
+    setLoading(true);
+    const auto network = this->network();
+    if (!network) return; // stays loading: there is nothing that could end it
+    std::weak_ptr<OrvARViewModel> weak = weak_from_this();
+    cancellables_.store(network->loadModel(link).sink(completionHandler(weak), [weak](NetworkManager::ModelEntityPtr model) {
+        if (auto self = weak.lock()) self->setLoading(false);
+        if (auto self = weak.lock()) self->setModelEntity(std::move(model));
+    }));
+}
+
+void OrvARViewModel::loadScnModel(const std::string& link) {
+    setLoading(true);
+    const auto network = this->network();
+    if (!network) return;
+    std::weak_ptr<OrvARViewModel> weak = weak_from_this();
+    cancellables_.store(network->loadSceneKitModel(link).sink(completionHandler(weak), [weak](NetworkManager::SceneNodePtr node) {
+        if (auto self = weak.lock()) self->setLoading(false);
+        core::Log::print("Model loaded scn " + node->description());
+        if (auto self = weak.lock()) self->setScnModel(std::move(node));
+    }));
+}
+
+} // namespace orvanta

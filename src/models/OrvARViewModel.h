@@ -1,0 +1,67 @@
+#pragma once
+// The dish screen's observable model state: starts a load through its NetworkManager and
+// publishes the outcome. `loading` is true from the start of a load until its model or its
+// failure arrives; a failure is only logged and leaves the previous model in place.
+// Every property notifies its own observers when written.
+//
+// Ownership: made by make() and held by std::shared_ptr; running loads hold it weakly, so
+// a released view model silently drops their results.
+// Threads: call on the main thread. Models arrive on the main thread; a failure during the
+// download arrives on the HTTP client's worker thread.
+
+#include "core/CancellableSet.h"
+#include "models/NetworkManager.h"
+
+#include <QObject>
+
+#include <memory>
+#include <string>
+
+namespace orvanta {
+
+class OrvARViewModel : public QObject, public std::enable_shared_from_this<OrvARViewModel> {
+    Q_OBJECT
+    Q_PROPERTY(bool loading READ loading WRITE setLoading NOTIFY loadingChanged)
+    Q_PROPERTY(bool hasModelEntity READ hasModelEntity NOTIFY modelEntityChanged)
+    Q_PROPERTY(bool hasScnModel READ hasScnModel NOTIFY scnModelChanged)
+
+    struct Key {
+        explicit Key() = default;
+    };
+
+public:
+    // `network` null: loads set `loading` and do nothing else.
+    static std::shared_ptr<OrvARViewModel> make(std::shared_ptr<NetworkManager> network = std::make_shared<NetworkManager>());
+    OrvARViewModel(Key, std::shared_ptr<NetworkManager> network);
+
+    std::shared_ptr<NetworkManager> network() const { return network_; }
+    void setNetwork(std::shared_ptr<NetworkManager> network);
+    NetworkManager::ModelEntityPtr modelEntity() const { return modelEntity_; }
+    void setModelEntity(NetworkManager::ModelEntityPtr model);
+    NetworkManager::SceneNodePtr scnModel() const { return scnModel_; }
+    void setScnModel(NetworkManager::SceneNodePtr model);
+    bool loading() const { return loading_; }
+    void setLoading(bool loading);
+    bool hasModelEntity() const { return modelEntity_ != nullptr; }
+    bool hasScnModel() const { return scnModel_ != nullptr; }
+
+    // Loads `link` for the AR mode; the entity lands in modelEntity.
+    void loadModel(const std::string& link);
+    // Loads `link` for the 3D mode; the node lands in scnModel.
+    void loadScnModel(const std::string& link);
+
+signals:
+    void networkChanged();
+    void modelEntityChanged();
+    void scnModelChanged();
+    void loadingChanged();
+
+private:
+    std::shared_ptr<NetworkManager> network_;
+    NetworkManager::ModelEntityPtr modelEntity_;
+    NetworkManager::SceneNodePtr scnModel_;
+    core::CancellableSet cancellables_;
+    bool loading_ = false;
+};
+
+} // namespace orvanta

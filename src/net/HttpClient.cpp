@@ -1,0 +1,97 @@
+#include "net/HttpClient.h"
+
+#include "net/TransferError.h"
+
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QPointer>
+
+#include <mutex>
+
+namespace orvanta::net {
+
+namespace {
+// A declared length beyond this is not trusted for pre-allocation; the body still streams in.
+constexpr qint64 maxReservation = qint64(1) << 31;
+} // namespace
+
+HttpClient::HttpClient(std::chrono::milliseconds transferTimeout)
+    : worker_(core::EventLoopScheduler::withWorkerThread("http-client")),
+      manager_(std::make_unique<QNetworkAccessManager>()),
+      timeout_(transferTimeout) {
+    // The manager must live on the thread that runs its transfers.
+    manager_->moveToThread(worker_->thread());
+}
+
+HttpClient::~HttpClient() {
+    // The manager must die on its own thread: a deferred delete is carried out there, at the
+    // latest when the worker thread finishes.
+    manager_.release()->deleteLater();
+}
+
+std::shared_ptr<HttpClient> HttpClient::shared() {
+    static std::mutex mutex;
+    static std::weak_ptr<HttpClient> instance;
+    std::lock_guard lock(mutex);
+    auto client = instance.lock();
+    if (!client) {
+        client = std::make_shared<HttpClient>();
+        instance = client;
+    }
+    return client;
+}
+
+core::Publisher<HttpResponse> HttpClient::get(const core::Url& url) const {
+    return core::Publisher<HttpResponse>(
+        [this, url](const std::shared_ptr<core::Sink<HttpResponse>>& sink) { start(url, sink); });
+}
+
+void HttpClient::start(const core::Url& url, const std::shared_ptr<core::Sink<HttpResponse>>& sink) const {
+    QNetworkAccessManager* manager = manager_.get();
+    const int timeoutMs = static_cast<int>(timeout_.count());
+    worker_->async([manager, url, sink, timeoutMs, worker = worker_] {
+        if (sink->token()->isCancelled()) return;
+        QNetworkRequest request(url.toQUrl());
+        request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
+        request.setTransferTimeout(timeoutMs);
+        QNetworkReply* reply = manager->get(request); // Qt ownership: deleted below with deleteLater
+        QPointer<QNetworkReply> guard(reply);
+        sink->token()->onCancel([worker, guard] {
+            worker->async([guard] {
+                if (guard) guard->abort();
+            });
+        });
+        // The body is drained as it arrives so the reply's own buffer stays small.
+        auto body = std::make_shared<QByteArray>();
+        QObject::connect(reply, &QNetworkReply::metaDataChanged, reply, [reply, body] {
+            const qint64 declared = reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
+            if (declared > 0 && declared < maxReservation && body->capacity() < declared)
+                body->reserve(static_cast<qsizetype>(declared));
+        });
+        QObject::connect(reply, &QNetworkReply::readyRead, reply, [reply, body] {
+            const qint64 available = reply->bytesAvailable();
+            if (available <= 0) return;
+            const qsizetype old = body->size();
+            body->resize(old + available);
+            const qint64 got = reply->read(body->data() + old, available);
+            body->resize(old + std::max<qint64>(got, 0));
+        });
+        QObject::connect(reply, &QNetworkReply::finished, reply, [reply, body, sink] {
+            reply->deleteLater();
+            if (reply->error() != QNetworkReply::NoError) {
+                sink->complete(core::Completion::failed(TransferError::fromReply(reply->error(), reply->errorString())));
+                return;
+            }
+            const qint64 rest = reply->bytesAvailable();
+            if (rest > 0) body->append(reply->read(rest));
+            HttpResponse response;
+            response.statusCode = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+            response.body = std::move(*body);
+            sink->receive(std::move(response));
+            sink->complete(core::Completion::finished());
+        });
+    });
+}
+
+} // namespace orvanta::net

@@ -1,0 +1,15 @@
+#pragma once
+// Builds a scene-graph tree that mirrors an imported scene: one node per imported node, in
+// file order, with its local transform, and one geometry child per mesh.
+// Thread: any; the result is not shared until returned.
+
+#include "scenegraph/Scene.h"
+
+namespace orvanta::scenegraph {
+
+class SceneNodeBuilder {
+public:
+    static Scene build(std::shared_ptr<const import::ImportedScene> imported);
+};
+
+} // namespace orvanta::scenegraph

@@ -1,0 +1,74 @@
+#pragma once
+// Shared set-up of the model-loading tests: a private temporary directory as the cache, a
+// fresh manual main queue, a loopback HTTP server and a client with a short time-out.
+
+#include "core/Dispatch.h"
+#include "core/ManualScheduler.h"
+#include "models/NetworkManager.h"
+#include "support/LogCapture.h"
+#include "support/TestHttpServer.h"
+#include "support/TestModels.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <optional>
+
+namespace orvanta::testing {
+
+class ModelsFixture : public ::testing::Test {
+protected:
+    void SetUp() override {
+        const char* old = std::getenv("TMPDIR");
+        savedTmpdir_ = old ? std::optional<std::string>(old) : std::nullopt;
+        setenv("TMPDIR", cacheDir_.path().toLocal8Bit().constData(), 1);
+        core::Dispatch::setMain(main_);
+    }
+    void TearDown() override {
+        if (savedTmpdir_) setenv("TMPDIR", savedTmpdir_->c_str(), 1);
+        else unsetenv("TMPDIR");
+    }
+
+    std::string cachePath(const std::string& name) const {
+        return QDir(cacheDir_.path()).filePath(QString::fromStdString(name)).toStdString();
+    }
+    QStringList cacheFiles() const { return QDir(cacheDir_.path()).entryList(QDir::Files | QDir::Hidden); }
+    void serveModel(const std::string& path, int nodeCount = 3) {
+        Route route;
+        route.body = TestModels::glbWithNodes(nodeCount);
+        server_.route(path, route);
+    }
+
+    QTemporaryDir cacheDir_;
+    std::optional<std::string> savedTmpdir_;
+    std::shared_ptr<core::ManualScheduler> main_ = std::make_shared<core::ManualScheduler>();
+    TestHttpServer server_;
+    std::shared_ptr<net::HttpClient> client_ = std::make_shared<net::HttpClient>(std::chrono::milliseconds(500));
+    std::shared_ptr<NetworkManager> network_ = std::make_shared<NetworkManager>(client_);
+    LogCapture log_;
+};
+
+// Everything one subscription delivered, and whether it arrived on the main queue.
+template <class T>
+struct Outcome {
+    std::optional<T> value;
+    std::optional<core::Error> error;
+    bool finished = false;
+    bool deliveredOnMain = false;
+    bool done() const { return finished || error.has_value(); }
+};
+
+template <class T>
+core::Cancellable record(const core::Publisher<T>& publisher, Outcome<T>& outcome, const core::ManualScheduler& main) {
+    return publisher.sink(
+        [&outcome, &main](const core::Completion& c) {
+            if (c.isFinished()) outcome.finished = true;
+            else outcome.error = c.failure;
+            outcome.deliveredOnMain = main.isCurrent();
+        },
+        [&outcome](T v) { outcome.value = std::move(v); });
+}
+
+} // namespace orvanta::testing

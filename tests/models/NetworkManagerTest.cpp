@@ -1,0 +1,214 @@
+#include "ModelsFixture.h"
+
+#include "core/TemporaryDirectory.h"
+#include "models/ARModelError.h"
+
+#include <QFile>
+
+using namespace orvanta;
+using namespace orvanta::testing;
+using NodePtr = NetworkManager::SceneNodePtr;
+using EntityPtr = NetworkManager::ModelEntityPtr;
+
+namespace {
+
+// Opens the protected local loaders for the error-table checks.
+class ExposedNetworkManager : public NetworkManager {
+public:
+    using NetworkManager::loadModelFromLocalURL;
+    using NetworkManager::loadSceneKitModelFromLocalURL;
+};
+
+void expectError(const std::optional<core::Error>& error, const char* domain, int code, const std::string& message) {
+    ASSERT_TRUE(error.has_value());
+    EXPECT_EQ(error->domain(), domain);
+    EXPECT_EQ(error->code(), code);
+    EXPECT_EQ(error->localizedDescription(), message);
+}
+
+} // namespace
+
+using NetworkManagerCache = ModelsFixture;
+
+TEST_F(NetworkManagerCache, CachedFileIsServedWithoutARequest) {
+    TestModels::write(cachePath("dish.glb"), TestModels::glbWithNodes(1));
+    Outcome<NodePtr> outcome;
+    auto c = record(network_->loadSceneKitModel(server_.url("/menu/dish.glb")), outcome, *main_);
+    ASSERT_TRUE(main_->runUntil([&] { return outcome.done(); }));
+    EXPECT_TRUE(outcome.finished);
+    EXPECT_EQ(server_.requestCount(), 0);
+    EXPECT_EQ(log_.lines(), std::vector<std::string>{"File already exists locally: " + cachePath("dish.glb")});
+}
+
+TEST_F(NetworkManagerCache, DownloadsOnceThenAnyLinkWithTheSameFileNameHitsTheCache) {
+    serveModel("/a/pasta.glb");
+    Outcome<NodePtr> first, second;
+    auto c1 = record(network_->loadSceneKitModel(server_.url("/a/pasta.glb")), first, *main_);
+    ASSERT_TRUE(main_->runUntil([&] { return first.done(); }));
+    ASSERT_TRUE(first.finished);
+    // Another host, folder and query, same last component: the first file answers.
+    const std::string otherHost = "http://localhost:1/elsewhere/pasta.glb?size=large";
+    auto c2 = record(network_->loadSceneKitModel(otherHost), second, *main_);
+    ASSERT_TRUE(main_->runUntil([&] { return second.done(); }));
+    EXPECT_TRUE(second.finished);
+    EXPECT_EQ(server_.requestCount(), 1);
+    EXPECT_EQ(log_.lines().front(), "Downloaded and saved model to: " + cachePath("pasta.glb"));
+    EXPECT_EQ(cacheFiles(), QStringList{"pasta.glb"});
+}
+
+TEST_F(NetworkManagerCache, ErrorPageIsCachedAsTheModelAndFailsInTheLoader) {
+    // No route: the server answers 404 with an HTML page.
+    Outcome<NodePtr> node;
+    auto c1 = record(network_->loadSceneKitModel(server_.url("/missing.usdz")), node, *main_);
+    ASSERT_TRUE(main_->runUntil([&] { return node.done(); }));
+    expectError(node.error, "SceneKitError", 500, "Unable to create a SceneSource from the file.");
+    EXPECT_TRUE(node.deliveredOnMain);
+    QFile cached(QString::fromStdString(cachePath("missing.usdz")));
+    ASSERT_TRUE(cached.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(cached.readAll().startsWith("<html>"));
+
+    // The AR path reads the same cached page and reports the importer's own error.
+    Outcome<EntityPtr> entity;
+    auto c2 = record(network_->loadModel(server_.url("/missing.usdz")), entity, *main_);
+    ASSERT_TRUE(main_->runUntil([&] { return entity.done(); }));
+    ASSERT_TRUE(entity.error.has_value());
+    EXPECT_EQ(entity.error->domain(), "ModelImportError");
+    EXPECT_EQ(server_.requestCount(), 1);
+}
+
+TEST_F(NetworkManagerCache, FollowsRedirectsAndCachesUnderTheRequestedName) {
+    serveModel("/real/final.glb");
+    Route moved;
+    moved.redirectTo = server_.url("/real/final.glb");
+    server_.route("/old/dish.glb", moved);
+    Outcome<NodePtr> outcome;
+    auto c = record(network_->loadSceneKitModel(server_.url("/old/dish.glb")), outcome, *main_);
+    ASSERT_TRUE(main_->runUntil([&] { return outcome.done(); }));
+    EXPECT_TRUE(outcome.finished);
+    EXPECT_EQ(cacheFiles(), QStringList{"dish.glb"});
+}
+
+using NetworkManagerTransfer = ModelsFixture;
+
+TEST_F(NetworkManagerTransfer, ConnectionClosedMidBodyFailsOffTheMainThreadAndLeavesNoFile) {
+    Route broken;
+    broken.body = QByteArray(1 << 20, 'x');
+    broken.closeMidBody = true;
+    server_.route("/broken.glb", broken);
+    Outcome<NodePtr> outcome;
+    auto c = record(network_->loadSceneKitModel(server_.url("/broken.glb")), outcome, *main_);
+    // The failure is delivered by the HTTP client's thread, not through the main queue.
+    ASSERT_TRUE(main_->runUntil([&] { return outcome.done(); }));
+    ASSERT_TRUE(outcome.error.has_value());
+    EXPECT_EQ(outcome.error->domain(), "URLError");
+    EXPECT_FALSE(outcome.deliveredOnMain);
+    EXPECT_TRUE(cacheFiles().isEmpty());
+
+    // Nothing counts as cached: the next request goes to the network again.
+    serveModel("/broken.glb");
+    Outcome<NodePtr> retry;
+    auto c2 = record(network_->loadSceneKitModel(server_.url("/broken.glb")), retry, *main_);
+    ASSERT_TRUE(main_->runUntil([&] { return retry.done(); }));
+    EXPECT_TRUE(retry.finished);
+    EXPECT_EQ(server_.requestCount("/broken.glb"), 2);
+}
+
+TEST_F(NetworkManagerTransfer, SlowServerTimesOut) {
+    Route slow;
+    slow.body = TestModels::glbWithNodes(1);
+    slow.delayMs = 3000;
+    server_.route("/slow.glb", slow);
+    Outcome<NodePtr> outcome;
+    auto c = record(network_->loadSceneKitModel(server_.url("/slow.glb")), outcome, *main_);
+    ASSERT_TRUE(main_->runUntil([&] { return outcome.done(); }));
+    expectError(outcome.error, "URLError", -1001, outcome.error ? outcome.error->localizedDescription() : "");
+    EXPECT_TRUE(cacheFiles().isEmpty());
+}
+
+TEST_F(NetworkManagerTransfer, HostileFileNamesNeverReachTheFileSystem) {
+    for (const std::string path : {"/..", "/%2e%2e", "/.", "/a%2Fb.usdz", "/a%2F..%2F..%2Fetc%2Fpasswd", "/x%00y.usdz", "/"}) {
+        SCOPED_TRACE(path);
+        Outcome<EntityPtr> outcome;
+        auto c = record(network_->loadModel(server_.url(path)), outcome, *main_);
+        main_->runUntil([&] { return outcome.done(); });
+        ASSERT_TRUE(outcome.error.has_value());
+        EXPECT_EQ(outcome.error->domain(), "ARModelError");
+        EXPECT_EQ(outcome.error->code(), 400);
+    }
+    EXPECT_EQ(server_.requestCount(), 0);
+    EXPECT_TRUE(cacheFiles().isEmpty());
+    EXPECT_TRUE(QDir(cacheDir_.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).isEmpty());
+}
+
+TEST_F(NetworkManagerTransfer, RequestsCarryNothingOfTheKit) {
+    serveModel("/plain.glb");
+    Outcome<NodePtr> outcome;
+    auto c = record(network_->loadSceneKitModel(server_.url("/plain.glb")), outcome, *main_);
+    ASSERT_TRUE(main_->runUntil([&] { return outcome.done(); }));
+    const auto requests = server_.requests();
+    ASSERT_EQ(requests.size(), 1u);
+    EXPECT_EQ(requests[0].path, "/plain.glb");
+    for (const auto& [name, value] : requests[0].headers) {
+        SCOPED_TRACE(name);
+        EXPECT_TRUE(name == "host" || name == "connection" || name == "accept-encoding" ||
+                    name == "accept-language" || name == "user-agent");
+    }
+}
+
+using NetworkManagerLoaders = ModelsFixture;
+
+TEST_F(NetworkManagerLoaders, ContainerHoldsTheSceneRootsChildrenInOrderWithNoParent) {
+    TestModels::write(cachePath("three.glb"), TestModels::glbWithNodes(3));
+    Outcome<NodePtr> outcome;
+    auto c = record(network_->loadSceneKitModel(server_.url("/three.glb")), outcome, *main_);
+    ASSERT_TRUE(main_->runUntil([&] { return outcome.done(); }));
+    ASSERT_TRUE(outcome.value.has_value());
+    const NodePtr& container = *outcome.value;
+    EXPECT_EQ(container->parent(), nullptr);
+    ASSERT_EQ(container->childNodes().size(), 3u);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(container->childNodes()[i]->name(), "node" + std::to_string(i));
+        EXPECT_EQ(container->childNodes()[i]->parent(), container);
+    }
+    EXPECT_TRUE(outcome.deliveredOnMain);
+}
+
+TEST_F(NetworkManagerLoaders, EntityArrivesOnTheMainQueue) {
+    TestModels::write(cachePath("one.glb"), TestModels::glbWithNodes(1));
+    Outcome<EntityPtr> outcome;
+    auto c = record(network_->loadModel(server_.url("/one.glb")), outcome, *main_);
+    EXPECT_FALSE(outcome.done()); // the load starts only on the main queue
+    ASSERT_TRUE(main_->runUntil([&] { return outcome.done(); }));
+    ASSERT_TRUE(outcome.value.has_value());
+    EXPECT_TRUE(outcome.deliveredOnMain);
+    EXPECT_EQ((*outcome.value)->name(), "one.glb");
+}
+
+TEST_F(NetworkManagerLoaders, EveryOwnErrorHasItsDomainCodeAndMessage) {
+    auto exposed = std::make_shared<ExposedNetworkManager>();
+    const std::string missing = cachePath("gone.usdz");
+    Outcome<EntityPtr> badEntityLink, missingEntity;
+    Outcome<NodePtr> badNodeLink, notFile, missingNode, notScene, noScene;
+    std::vector<core::Cancellable> keep;
+    keep.push_back(record(network_->loadModel(""), badEntityLink, *main_));
+    keep.push_back(record(network_->loadSceneKitModel(""), badNodeLink, *main_));
+    keep.push_back(record(exposed->loadSceneKitModelFromLocalURL(*core::Url::fromString("https://h/x.usdz")), notFile, *main_));
+    keep.push_back(record(exposed->loadModelFromLocalURL(core::Url::fileUrl(missing)), missingEntity, *main_));
+    keep.push_back(record(exposed->loadSceneKitModelFromLocalURL(core::Url::fileUrl(missing)), missingNode, *main_));
+    // Invalid links fail synchronously, inside the call.
+    expectError(badEntityLink.error, "ARModelError", 400, "Invalid URL");
+    expectError(badNodeLink.error, "SceneKitError", 400, "Invalid URL");
+    expectError(notFile.error, "InvalidURLError", 400, "URL must be a file URL.");
+    expectError(missingEntity.error, "FileExistenceError", 404, "File not found at " + missing);
+    expectError(missingNode.error, "FileExistenceError", 404, "File not found at " + missing);
+
+    TestModels::write(cachePath("page.usdz"), "<!doctype html><html></html>");
+    TestModels::write(cachePath("broken.glb"), "glTF\x02\0\0\0garbage");
+    keep.push_back(record(exposed->loadSceneKitModelFromLocalURL(core::Url::fileUrl(cachePath("page.usdz"))), notScene, *main_));
+    keep.push_back(record(exposed->loadSceneKitModelFromLocalURL(core::Url::fileUrl(cachePath("broken.glb"))), noScene, *main_));
+    EXPECT_FALSE(notScene.done()); // parse outcomes always go through the main queue
+    main_->runPending();
+    expectError(notScene.error, "SceneKitError", 500, "Unable to create a SceneSource from the file.");
+    expectError(noScene.error, "SceneKitError", 500, "Unable to load a scene from the SceneSource.");
+    EXPECT_TRUE(log_.lines().empty());
+}

@@ -1,0 +1,68 @@
+#include "ModelsFixture.h"
+
+#include "models/OrvARViewModel.h"
+
+using namespace orvanta;
+using namespace orvanta::testing;
+
+using OrvARViewModelLoads = ModelsFixture;
+
+TEST_F(OrvARViewModelLoads, InvalidLinkLogsTheErrorAndEndsLoadingBeforeReturning) {
+    auto model = OrvARViewModel::make(network_);
+    model->loadModel("");
+    EXPECT_FALSE(model->loading());
+    EXPECT_EQ(model->modelEntity(), nullptr);
+    EXPECT_EQ(log_.lines(), std::vector<std::string>{
+        "Failed to load model: Error Domain=ARModelError Code=400 \"Invalid URL\" "
+        "UserInfo={NSLocalizedDescription=Invalid URL}"});
+}
+
+TEST_F(OrvARViewModelLoads, SceneLoadClearsLoadingBeforePublishingTheNode) {
+    TestModels::write(cachePath("soup.glb"), TestModels::glbWithNodes(2));
+    auto model = OrvARViewModel::make(network_);
+    std::vector<std::string> order;
+    QObject::connect(model.get(), &OrvARViewModel::loadingChanged, [&] { order.push_back(model->loading() ? "loading" : "idle"); });
+    QObject::connect(model.get(), &OrvARViewModel::scnModelChanged, [&] { order.push_back("scnModel"); });
+    QObject::connect(model.get(), &OrvARViewModel::modelEntityChanged, [&] { order.push_back("modelEntity"); });
+    model->loadScnModel(server_.url("/soup.glb"));
+    ASSERT_TRUE(main_->runUntil([&] { return model->scnModel() != nullptr; }));
+    EXPECT_EQ(order, (std::vector<std::string>{"loading", "idle", "scnModel"}));
+    const auto lines = log_.lines();
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[0], "File already exists locally: " + cachePath("soup.glb"));
+    EXPECT_EQ(lines[1], "Model loaded scn " + model->scnModel()->description());
+    EXPECT_EQ(lines[2], "Model loading completed successfully");
+}
+
+TEST_F(OrvARViewModelLoads, EntityLoadPublishesTheEntityAndKeepsItAfterALaterFailure) {
+    TestModels::write(cachePath("cake.glb"), TestModels::glbWithNodes(1));
+    auto model = OrvARViewModel::make(network_);
+    model->loadModel(server_.url("/cake.glb"));
+    EXPECT_TRUE(model->loading());
+    ASSERT_TRUE(main_->runUntil([&] { return !model->loading(); }));
+    const auto entity = model->modelEntity();
+    ASSERT_NE(entity, nullptr);
+    model->loadModel("");
+    EXPECT_FALSE(model->loading());
+    EXPECT_EQ(model->modelEntity(), entity);
+}
+
+TEST_F(OrvARViewModelLoads, WithoutANetworkLoadingStaysOn) {
+    auto model = OrvARViewModel::make(nullptr);
+    model->loadModel(server_.url("/anything.glb"));
+    main_->advance(60);
+    EXPECT_TRUE(model->loading());
+    EXPECT_TRUE(log_.lines().empty());
+}
+
+TEST_F(OrvARViewModelLoads, ReleasedViewModelDropsTheResult) {
+    TestModels::write(cachePath("late.glb"), TestModels::glbWithNodes(1));
+    auto model = OrvARViewModel::make(network_);
+    model->loadModel(server_.url("/late.glb"));
+    std::weak_ptr<OrvARViewModel> weak = model;
+    model.reset();
+    EXPECT_TRUE(weak.expired());
+    main_->advance(1);
+    main_->runUntil([] { return false; }, std::chrono::milliseconds(300));
+    EXPECT_EQ(log_.lines(), std::vector<std::string>{"File already exists locally: " + cachePath("late.glb")});
+}
