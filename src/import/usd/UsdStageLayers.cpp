@@ -143,7 +143,7 @@ std::optional<UsdStageLayers::Asset> UsdStageLayers::read(const Location& locati
         const UsdzArchive& archive = *packages_[static_cast<std::size_t>(location.package)];
         const UsdzEntry* entry = archive.find(location.path);
         if (!entry) return std::nullopt;
-        return Asset{location.key(), entry->data, archive.owner()};
+        return Asset{location.key(), entry->path, entry->data, archive.owner()};
     }
     auto& file = diskFiles_[location.path];
     if (!file) {
@@ -151,7 +151,7 @@ std::optional<UsdStageLayers::Asset> UsdStageLayers::read(const Location& locati
         if (!mapped) return std::nullopt;
         file = mapped.value();
     }
-    return Asset{location.key(), file->bytes(), file};
+    return Asset{location.key(), location.path, file->bytes(), file};
 }
 
 } // namespace orvanta::import::usd

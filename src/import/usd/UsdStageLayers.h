@@ -31,7 +31,8 @@ class UsdStageLayers {
 public:
     // The stored bytes of an asset, with what keeps them alive.
     struct Asset {
-        std::string key;                       // a name unique within the stage, for diagnostics and sharing
+        std::string key;                       // unique within the stage: the same key is the same file
+        std::string path;                      // the entry path in its package, or the path on disk
         std::span<const std::uint8_t> bytes;
         std::shared_ptr<const void> owner;
     };

@@ -1,0 +1,132 @@
+#include "import/usd/UsdSceneBuilder.h"
+
+#include "import/usd/UsdMaterialReader.h"
+#include "import/usd/UsdSceneMesh.h"
+#include "import/usd/UsdStageValue.h"
+#include "import/usd/UsdXformOps.h"
+
+#include <cmath>
+
+namespace orvanta::import::usd {
+
+namespace {
+
+constexpr double defaultMetersPerUnit = 0.01;
+
+bool isNodeType(const std::string& type) {
+    return type.empty() || type == "Xform" || type == "Scope" || type == "SkelRoot" || type == "Mesh";
+}
+
+std::optional<std::string> tokenOf(const UsdStage::Prim& prim, const std::string& name) {
+    const UsdStage::Property* property = prim.property(name);
+    return property ? UsdStageValue::text(property->value()) : std::nullopt;
+}
+
+QMatrix4x4 stageToYUpMetres(const Layer& root) {
+    const Spec* metadata = root.spec("/");
+    double metersPerUnit = defaultMetersPerUnit;
+    if (const auto authored = UsdStageValue::number(metadata ? metadata->field("metersPerUnit") : nullptr);
+        authored && std::isfinite(*authored) && *authored > 0)
+        metersPerUnit = *authored;
+    const auto upAxis = UsdStageValue::text(metadata ? metadata->field("upAxis") : nullptr);
+    QMatrix4x4 m;
+    m.scale(static_cast<float>(metersPerUnit));
+    if (upAxis && *upAxis == "Z") m.rotate(-90.0f, 1.0f, 0.0f, 0.0f);  // +Z becomes +Y, +Y becomes -Z
+    return m;
+}
+
+class Builder {
+public:
+    explicit Builder(const UsdStage& stage) : stage_(stage), materials_(stage, scene_) {}
+
+    ImportedScene run() {
+        ImportedNode root;
+        const Spec* metadata = stage_.rootLayer().spec("/");
+        root.name = UsdStageValue::text(metadata ? metadata->field("defaultPrim") : nullptr).value_or("root");
+        root.localTransform = stageToYUpMetres(stage_.rootLayer());
+        scene_.nodes.push_back(std::move(root));
+        for (int child : stage_.prims().front().children) visit(child, 0);
+        return std::move(scene_);
+    }
+
+private:
+    const UsdStage::Prim& prim(int index) const { return stage_.prims()[static_cast<std::size_t>(index)]; }
+
+    void visit(int primIndex, int parentNode) {
+        const UsdStage::Prim& p = prim(primIndex);
+        if (!p.active || p.specifier != "def" || !isNodeType(p.typeName)) return;
+        if (tokenOf(p, "visibility") == "invisible") return;
+        const int nodeIndex = static_cast<int>(scene_.nodes.size());
+        ImportedNode node;
+        node.name = p.name;
+        node.parent = parentNode;
+        if (!p.typeName.empty() && p.typeName != "Scope") node.localTransform = UsdXformOps::localTransform(p);
+        scene_.nodes.push_back(std::move(node));
+        scene_.nodes[static_cast<std::size_t>(parentNode)].children.push_back(nodeIndex);
+        if (p.typeName == "Mesh") addMesh(p, nodeIndex);
+        for (int child : p.children) visit(child, nodeIndex);
+    }
+
+    // The material a binding on `p` itself names: nullopt when it has no binding.
+    std::optional<int> directBinding(const UsdStage::Prim& p) {
+        for (const char* name : {"material:binding", "material:binding:preview"}) {
+            const UsdStage::Property* binding = p.property(name);
+            if (binding && !binding->targets.empty()) return materials_.material(binding->targets.front());
+        }
+        return std::nullopt;
+    }
+
+    int inheritedBinding(const UsdStage::Prim& p) {
+        for (const UsdStage::Prim* at = &p; at; at = at->parent >= 0 ? &prim(at->parent) : nullptr) {
+            if (const auto material = directBinding(*at)) return *material;
+        }
+        return -1;
+    }
+
+    std::string texCoordPrimvar(const UsdStage::Prim& mesh, int material, const std::vector<UsdSceneMesh::FaceSubset>& subsets) {
+        std::string name = materials_.texCoordPrimvar(material);
+        for (const auto& subset : subsets) {
+            if (!name.empty()) break;
+            name = materials_.texCoordPrimvar(subset.material);
+        }
+        if (!name.empty()) return name;
+        if (mesh.property("primvars:st")) return "st";
+        for (const UsdStage::Property& property : mesh.properties) {
+            const auto type = UsdStageValue::text(property.field("typeName"));
+            if (property.name.starts_with("primvars:") && type && type->starts_with("texCoord2") &&
+                !property.name.ends_with(":indices"))
+                return property.name.substr(9);
+        }
+        return {};
+    }
+
+    void addMesh(const UsdStage::Prim& mesh, int nodeIndex) {
+        const int material = inheritedBinding(mesh);
+        std::vector<UsdSceneMesh::FaceSubset> subsets;
+        for (int child : mesh.children) {
+            const UsdStage::Prim& subset = prim(child);
+            if (subset.typeName != "GeomSubset" || !subset.active || subset.specifier != "def") continue;
+            if (tokenOf(subset, "elementType").value_or("face") != "face") continue;
+            const auto binding = directBinding(subset);
+            if (!binding && tokenOf(subset, "familyName") != "materialBind") continue;
+            const UsdStage::Property* indices = subset.property("indices");
+            const Value* value = indices ? indices->value() : nullptr;
+            const IntArray* faces = value ? value->get<IntArray>() : nullptr;
+            subsets.push_back({faces ? faces->values : std::vector<std::int64_t>{}, binding.value_or(material)});
+        }
+        auto built = UsdSceneMesh::build(mesh, texCoordPrimvar(mesh, material, subsets), material, subsets);
+        if (!built) return;
+        scene_.nodes[static_cast<std::size_t>(nodeIndex)].meshes.push_back(static_cast<int>(scene_.meshes.size()));
+        scene_.meshes.push_back(std::move(*built));
+    }
+
+    const UsdStage& stage_;
+    ImportedScene scene_;
+    UsdMaterialReader materials_;
+};
+
+} // namespace
+
+ImportedScene UsdSceneBuilder::build(const UsdStage& stage) { return Builder(stage).run(); }
+
+} // namespace orvanta::import::usd

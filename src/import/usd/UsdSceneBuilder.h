@@ -1,0 +1,25 @@
+#pragma once
+// Extracts an ImportedScene from a composed stage.
+//
+// Defined, active, visible prims of type Xform, Scope, SkelRoot, Mesh or no type become
+// nodes (Xform, SkelRoot and Mesh with their transform ops); any other prim type is left out
+// with everything below it. A Mesh carries its triangulated mesh, bound to the material of
+// the nearest `material:binding` on it or an ancestor, split by its GeomSubsets of family
+// "materialBind" (or that bind a material). Texture coordinates are read from the primvar
+// the bound material's textures name, else `primvars:st`, else the first texCoord2 primvar.
+// Node 0 is the root: it turns the stage into Y-up metres (`upAxis` Z is rotated to Y,
+// `metersPerUnit`, 0.01 when unstated, scales).
+// Thread: pure functions, any thread.
+
+#include "import/ImportedScene.h"
+#include "import/usd/UsdStage.h"
+
+namespace orvanta::import::usd {
+
+class UsdSceneBuilder {
+public:
+    // Thread: any.
+    static ImportedScene build(const UsdStage& stage);
+};
+
+} // namespace orvanta::import::usd

@@ -1,0 +1,40 @@
+#pragma once
+// Triangulates one Mesh prim into an ImportedMesh.
+//
+// Faces come from faceVertexCounts and faceVertexIndices and are fan-triangulated; faces
+// with fewer than three corners or an index outside `points` are dropped, as are triangles
+// that repeat a point, and counts running past the index list end the mesh there.
+// orientation = "leftHanded" reverses the winding. Normals (`primvars:normals`, else
+// `normals`) and texture coordinates (the named primvar) may be constant, uniform, vertex,
+// varying or faceVarying, indexed or not; a stream whose length does not match its
+// interpolation is left out. While every stream is per point the points are kept and
+// indexed; a uniform or faceVarying stream makes one vertex per face corner instead.
+// Triangles are grouped by the given face subsets, each with its material, then the faces
+// no subset claims.
+// Thread: pure functions, any thread.
+
+#include "import/ImportedScene.h"
+#include "import/usd/UsdStage.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvanta::import::usd {
+
+class UsdSceneMesh {
+public:
+    struct FaceSubset {
+        std::vector<std::int64_t> faces;  // face indices of the mesh
+        int material = -1;
+    };
+
+    // The mesh of `prim`, or nullopt when it has no triangle. `texCoordPrimvar` is a primvar
+    // name without the "primvars:" prefix (empty: none); `material` is used for faces no
+    // subset claims. Thread: any.
+    static std::optional<ImportedMesh> build(const UsdStage::Prim& prim, const std::string& texCoordPrimvar,
+                                             int material, const std::vector<FaceSubset>& subsets);
+};
+
+} // namespace orvanta::import::usd
