@@ -1,0 +1,356 @@
+// UsdzArchive and MappedFile: real packages from the corpus, packages built here byte by byte
+// (stored, aligned, deflated, with data descriptors, lying about sizes), damaged copies, and
+// asset path resolution.
+#include "import/ImportError.h"
+#include "import/usd/CrateReader.h"
+#include "import/usd/MappedFile.h"
+#include "import/usd/UsdzArchive.h"
+#include "support/Corpus.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+#include <zlib.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace orvanta::import::usd {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+void put16(Bytes& out, std::uint32_t v) { out.push_back(v & 0xff); out.push_back((v >> 8) & 0xff); }
+void put32(Bytes& out, std::uint32_t v) { put16(out, v & 0xffff); put16(out, v >> 16); }
+void putText(Bytes& out, const std::string& s) { out.insert(out.end(), s.begin(), s.end()); }
+
+// Writes zip archives the way USDZ packagers do, with knobs to break them.
+struct ZipBuilder {
+    struct Entry {
+        std::string name;
+        std::string content;
+        bool deflate = false;
+        bool align = true;
+        bool descriptor = false;           // sizes after the data, 0 in the local header
+        std::uint32_t declaredSize = 0;    // when not 0, replaces the uncompressed size
+        std::uint16_t method = 0xffff;     // when set, replaces the method
+        std::uint16_t flags = 0;
+    };
+    std::vector<Entry> entries;
+
+    ZipBuilder& add(Entry e) { entries.push_back(std::move(e)); return *this; }
+    ZipBuilder& add(std::string name, std::string content) { return add({std::move(name), std::move(content)}); }
+
+    static std::string deflated(const std::string& text) {
+        z_stream s{};
+        deflateInit2(&s, 9, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
+        std::string out(deflateBound(&s, text.size()), '\0');
+        s.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
+        s.avail_in = static_cast<uInt>(text.size());
+        s.next_out = reinterpret_cast<Bytef*>(out.data());
+        s.avail_out = static_cast<uInt>(out.size());
+        deflate(&s, Z_FINISH);
+        out.resize(s.total_out);
+        deflateEnd(&s);
+        return out;
+    }
+
+    Bytes build(std::size_t centralEntriesToDrop = 0) const {
+        Bytes out, central;
+        for (const Entry& e : entries) {
+            const std::string data = e.deflate ? deflated(e.content) : e.content;
+            const auto crc = static_cast<std::uint32_t>(
+                crc32(0, reinterpret_cast<const Bytef*>(e.content.data()), static_cast<uInt>(e.content.size())));
+            const std::uint32_t size = e.declaredSize ? e.declaredSize : static_cast<std::uint32_t>(e.content.size());
+            const std::uint16_t method = e.method != 0xffff ? e.method : (e.deflate ? 8 : 0);
+            const std::uint16_t flags = static_cast<std::uint16_t>(e.flags | (e.descriptor ? 8 : 0));
+            const auto offset = static_cast<std::uint32_t>(out.size());
+            std::size_t extra = 0;
+            if (e.align) {  // padding in a 0x1986 extra field so the data starts on 64 bytes
+                const std::size_t start = out.size() + 30 + e.name.size();
+                extra = (64 - (start + 4) % 64) % 64 + 4;
+            }
+            put32(out, 0x04034b50); put16(out, 20); put16(out, flags); put16(out, method);
+            put32(out, 0); put32(out, e.descriptor ? 0 : crc);
+            put32(out, e.descriptor ? 0 : static_cast<std::uint32_t>(data.size()));
+            put32(out, e.descriptor ? 0 : size);
+            put16(out, static_cast<std::uint32_t>(e.name.size())); put16(out, static_cast<std::uint32_t>(extra));
+            putText(out, e.name);
+            if (extra) { put16(out, 0x1986); put16(out, static_cast<std::uint32_t>(extra - 4)); out.resize(out.size() + extra - 4, 0); }
+            putText(out, data);
+            if (e.descriptor) { put32(out, 0x08074b50); put32(out, crc); put32(out, static_cast<std::uint32_t>(data.size())); put32(out, size); }
+
+            put32(central, 0x02014b50); put16(central, 20); put16(central, 20); put16(central, flags);
+            put16(central, method); put32(central, 0); put32(central, crc);
+            put32(central, static_cast<std::uint32_t>(data.size())); put32(central, size);
+            put16(central, static_cast<std::uint32_t>(e.name.size())); put16(central, 0); put16(central, 0);
+            put16(central, 0); put16(central, 0); put32(central, 0); put32(central, offset);
+            putText(central, e.name);
+        }
+        const auto directoryOffset = static_cast<std::uint32_t>(out.size());
+        out.insert(out.end(), central.begin(), central.end());
+        const auto count = static_cast<std::uint32_t>(entries.size() - centralEntriesToDrop);
+        put32(out, 0x06054b50); put16(out, 0); put16(out, 0); put16(out, count); put16(out, count);
+        put32(out, static_cast<std::uint32_t>(central.size())); put32(out, directoryOffset); put16(out, 0);
+        return out;
+    }
+};
+
+core::Result<UsdzArchive> openBytes(const Bytes& bytes) { return UsdzArchive::open(bytes, nullptr); }
+
+std::string text(const UsdzEntry& e) { return {reinterpret_cast<const char*>(e.data.data()), e.data.size()}; }
+
+void expectError(const core::Result<UsdzArchive>& result, ImportErrorCode code, const std::string& fragment) {
+    ASSERT_FALSE(result.ok());
+    EXPECT_EQ(result.error().domain(), importErrorDomain);
+    EXPECT_EQ(result.error().code(), static_cast<int>(code)) << result.error().localizedDescription();
+    EXPECT_NE(result.error().localizedDescription().find(fragment), std::string::npos)
+        << result.error().localizedDescription();
+}
+
+std::shared_ptr<const MappedFile> mapCorpus(const std::filesystem::path& path) {
+    auto file = MappedFile::open(path.string());
+    EXPECT_TRUE(file.ok());
+    return file.ok() ? file.value() : nullptr;
+}
+
+// ---- corpus -------------------------------------------------------------------------------
+
+struct CorpusPackage {
+    const char* file;
+    const char* firstLayer;
+    std::size_t entries;
+    std::size_t firstDataOffset;
+};
+
+TEST(UsdzArchiveCorpus, EveryValidPackageOpensAlignedWithItsDefaultLayerFirst) {
+    const CorpusPackage packages[] = {
+        {"usdz/USDLogo.usdz", "USDLogo.usda", 4, 64},
+        {"usdz/TextureTransformTest.usdz", "TextureTransformTest.usd", 6, 64},
+        {"usdz/RoughnessTest.usdz", "RoughnessTest.usdc", 3, 64},
+        {"usdz/AnimatedMorphCube.usdz", "AnimatedMorphCube-7.usdc", 1, 64},
+        {"usdz/AnimatedTriangle.usdz", "AnimatedTriangle.imported.usdc", 1, 64},
+        {"usdz/BoxAnimated.usdz", "BoxAnimated.imported.usdc", 1, 64},
+        {"usdz/openusd_simpleMaterial.usdz", "simpleMaterial.usdz_FILES/simpleMaterial.usdc", 2, 128},
+        {"usdz/openusd_single_usda.usdz", "test.usda", 1, 64},
+        {"usdz/openusd_single_usdc.usdz", "test.usdc", 1, 64},
+    };
+    for (const CorpusPackage& package : packages) {
+        SCOPED_TRACE(package.file);
+        ORVANTA_CORPUS_FILE(path, package.file);
+        const auto file = mapCorpus(path);
+        const auto archive = UsdzArchive::open(file->bytes(), file);
+        ASSERT_TRUE(archive.ok()) << archive.error().localizedDescription();
+        ASSERT_EQ(archive->entries().size(), package.entries);
+        EXPECT_EQ(archive->entries().front().path, package.firstLayer);
+        EXPECT_EQ(archive->entries().front().data.data() - file->bytes().data(),
+                  static_cast<std::ptrdiff_t>(package.firstDataOffset));
+        for (const UsdzEntry& entry : archive->entries()) {
+            // Stored entries are views into the mapping, on 64-byte boundaries.
+            const auto offset = entry.data.data() - file->bytes().data();
+            EXPECT_EQ(offset % 64, 0) << entry.path;
+            EXPECT_LE(offset + static_cast<std::ptrdiff_t>(entry.data.size()),
+                      static_cast<std::ptrdiff_t>(file->bytes().size()));
+            EXPECT_EQ(archive->find(entry.path), &entry);
+        }
+        EXPECT_EQ(archive->owner(), file);
+    }
+}
+
+TEST(UsdzArchiveCorpus, TexturePathsWithSpacesAndSubfoldersResolveFromTheLayer) {
+    ORVANTA_CORPUS_FILE(path, "usdz/TextureTransformTest.usdz");
+    const auto file = mapCorpus(path);
+    const auto archive = UsdzArchive::open(file->bytes(), file);
+    ASSERT_TRUE(archive.ok());
+    const auto resolved = UsdzArchive::resolve(
+        "TextureTransformTest.usd", "./0/TextureTransformTest Arrow_3f19c4b30ba512b6ada648d0556dd5cb.png");
+    ASSERT_TRUE(resolved);
+    const UsdzEntry* texture = archive->find(*resolved);
+    ASSERT_NE(texture, nullptr);
+    EXPECT_EQ(std::memcmp(texture->data.data(), "\x89PNG", 4), 0);
+}
+
+TEST(UsdzArchiveCorpus, CompressedUnalignedPackageIsStillReadAndItsNestedPackagesOpenInPlace) {
+    ORVANTA_CORPUS_FILE(path, "usdz-bad/openusd_badUsdz.usdz");
+    const auto file = mapCorpus(path);
+    auto archive = UsdzArchive::open(file->bytes(), file);
+    ASSERT_TRUE(archive.ok()) << archive.error().localizedDescription();
+    ASSERT_EQ(archive->entries().size(), 12u);
+    EXPECT_EQ(archive->entries().front().path, "clean_flat.usdc");
+    EXPECT_EQ(archive->entries().front().data.data() - file->bytes().data(), 73);
+    // Deflated entries are inflated into buffers that the archive's owner keeps alive.
+    auto owner = archive->owner();
+    const UsdzEntry nested = *archive->find("clean.usdz");
+    archive = core::Error("test", 0, "drop the archive");
+    const auto inner = UsdzArchive::open(nested.data, owner);
+    ASSERT_TRUE(inner.ok()) << inner.error().localizedDescription();
+    EXPECT_FALSE(inner->entries().empty());
+    for (const UsdzEntry& entry : inner->entries()) {
+        if (entry.path.ends_with(".usdc")) {
+            EXPECT_TRUE(CrateReader::read(entry.data, entry.path).ok()) << entry.path;
+        }
+    }
+}
+
+TEST(UsdzArchiveCorpus, PackageWithoutDefaultLayerIsRejected) {
+    ORVANTA_CORPUS_FILE(path, "usdz-bad/openusd_first_file_not_usd.usdz");
+    const auto file = mapCorpus(path);
+    expectError(UsdzArchive::open(file->bytes(), file), ImportErrorCode::malformedData,
+                "the first entry 'b.png' is not a USD layer");
+}
+
+TEST(UsdzArchiveCorpus, TruncatedAndBitFlippedCopiesFailCleanly) {
+    for (const char* name : {"usdz/AnimatedTriangle.usdz", "usdz/USDLogo.usdz", "usdz/openusd_simpleMaterial.usdz",
+                             "usdz-bad/openusd_badUsdz.usdz", "usdz/openusd_single_usdc.usdz"}) {
+        SCOPED_TRACE(name);
+        ORVANTA_CORPUS_FILE(path, name);
+        const auto file = mapCorpus(path);
+        const Bytes good(file->bytes().begin(), file->bytes().end());
+        // Any cut loses the end record, so every truncated copy must be refused.
+        for (std::size_t length = 0; length < good.size(); length += 1 + length / 16) {
+            const Bytes cut(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length));
+            EXPECT_FALSE(openBytes(cut).ok()) << "length " << length;
+        }
+        // A flipped bit may or may not matter; reading must end in a layer or an error.
+        for (std::size_t i = 0; i < good.size(); i += 1 + good.size() / 1500) {
+            Bytes flipped = good;
+            flipped[i] ^= static_cast<std::uint8_t>(1u << (i % 8));
+            const auto archive = openBytes(flipped);
+            if (!archive.ok()) {
+                EXPECT_EQ(archive.error().domain(), importErrorDomain);
+                continue;
+            }
+            for (const UsdzEntry& entry : archive->entries()) {
+                if (entry.data.size() >= 8 && std::memcmp(entry.data.data(), "PXR-USDC", 8) == 0) {
+                    (void)CrateReader::read(entry.data, entry.path);
+                }
+            }
+        }
+    }
+}
+
+// ---- built packages -----------------------------------------------------------------------
+
+TEST(UsdzArchive, StoredEntriesAreViewsOfTheInputBytes) {
+    const Bytes bytes = ZipBuilder().add("dish.usda", "#usda 1.0\n").add("tex/plate.png", "PNGDATA").build();
+    const auto archive = openBytes(bytes);
+    ASSERT_TRUE(archive.ok()) << archive.error().localizedDescription();
+    ASSERT_EQ(archive->entries().size(), 2u);
+    EXPECT_EQ(archive->entries()[0].path, "dish.usda");
+    EXPECT_EQ(archive->entries()[1].data.data() - bytes.data(), 128);
+    EXPECT_EQ(text(archive->entries()[1]), "PNGDATA");
+    EXPECT_EQ(archive->find("tex\\plate.png"), &archive->entries()[1]);
+    EXPECT_EQ(archive->find("./tex/plate.png"), &archive->entries()[1]);
+    EXPECT_EQ(archive->find("tex/Plate.png"), nullptr);
+}
+
+TEST(UsdzArchive, DeflatedUnalignedAndDescriptorEntriesAreRead) {
+    const std::string layer(5000, 'a');
+    const Bytes bytes = ZipBuilder()
+                            .add({"dish.usda", layer, true, false})
+                            .add({"a/b.png", "stored, unaligned", false, false})
+                            .add({"a/c.png", "after a descriptor", true, true, true})
+                            .add({"dir/", ""})
+                            .build();
+    const auto archive = openBytes(bytes);
+    ASSERT_TRUE(archive.ok()) << archive.error().localizedDescription();
+    ASSERT_EQ(archive->entries().size(), 3u);  // the directory is left out
+    EXPECT_EQ(text(archive->entries()[0]), layer);
+    EXPECT_EQ(text(archive->entries()[1]), "stored, unaligned");
+    EXPECT_EQ(text(archive->entries()[2]), "after a descriptor");
+}
+
+TEST(UsdzArchive, BrokenOrHostilePackagesEndInClearErrors) {
+    using C = ImportErrorCode;
+    const std::string html = "<!DOCTYPE html>\n<html><head><title>Dish</title></head></html>\n";
+    expectError(openBytes({}), C::unrecognisedFormat, "empty");
+    expectError(openBytes(Bytes(html.begin(), html.end())), C::unrecognisedFormat, "not a zip archive");
+
+    // A bomb: a few deflated bytes that claim to inflate to 4 GiB.
+    ZipBuilder::Entry bomb{"dish.usda", std::string(1000, 'x'), true};
+    bomb.declaredSize = 0xfffffff0u;
+    expectError(openBytes(ZipBuilder().add(bomb).build()), C::malformedData, "impossible inflated size");
+    ZipBuilder::Entry liar{"dish.usda", std::string(1000, 'x'), true};
+    liar.declaredSize = 2000;
+    expectError(openBytes(ZipBuilder().add(liar).build()), C::malformedData, "does not inflate to its declared 2000 bytes");
+
+    ZipBuilder::Entry zip64{"dish.usda", "x"};
+    zip64.declaredSize = 0xffffffffu;
+    expectError(openBytes(ZipBuilder().add(zip64).build()), C::unsupportedFeature, "Zip64");
+    ZipBuilder::Entry encrypted{"dish.usda", "x"};
+    encrypted.flags = 1;
+    expectError(openBytes(ZipBuilder().add(encrypted).build()), C::unsupportedFeature, "encrypted");
+    ZipBuilder::Entry bzip{"dish.usda", "x"};
+    bzip.method = 12;
+    expectError(openBytes(ZipBuilder().add(bzip).build()), C::unsupportedFeature, "compression method 12");
+    ZipBuilder::Entry stored{"dish.usda", "x"};
+    stored.declaredSize = 7;
+    expectError(openBytes(ZipBuilder().add(stored).build()), C::malformedData, "two different sizes");
+
+    // A stored entry whose size runs past the end of the file.
+    Bytes overlong = ZipBuilder().add("dish.usda", "#usda 1.0\n").build();
+    overlong[18] = 0xff; overlong[19] = 0xff; overlong[22] = 0xff; overlong[23] = 0xff;
+    expectError(openBytes(overlong), C::malformedData, "declares 65535 bytes but the file ends");
+
+    expectError(openBytes(ZipBuilder().add("dish.usda", "a").add("b.png", "b").build(1)), C::malformedData,
+                "the central directory lists 1 entries, the archive holds 2");
+    expectError(openBytes(ZipBuilder().add("dir/", "").build()), C::malformedData, "holds no files");
+}
+
+TEST(UsdzArchive, AssetPathsResolveRelativeToTheReferencingLayer) {
+    struct Case { const char* from; const char* asset; std::optional<std::string> expected; };
+    const Case cases[] = {
+        {"dish.usda", "tex/plate.png", "tex/plate.png"},
+        {"dish.usda", "./tex/plate.png", "tex/plate.png"},
+        {"0/Payload.usda", "./Materials.usda", "0/Materials.usda"},
+        {"0/Payload.usda", "../1/Logo With Alpha.png", "1/Logo With Alpha.png"},
+        {"a/b/c.usda", "..\\..\\tex\\x.png", "tex/x.png"},
+        {"a/b/c.usda", "/root.png", "root.png"},
+        {"a/b/c.usda", "d/./e//f.png", "a/b/d/e/f.png"},
+        {"dish.usda", "../outside.png", std::nullopt},
+        {"a/dish.usda", "../../outside.png", std::nullopt},
+        {"dish.usda", "", std::nullopt},
+        {"dish.usda", "tex/", std::nullopt},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(UsdzArchive::resolve(c.from, c.asset), c.expected) << c.from << " + " << c.asset;
+    }
+}
+
+TEST(MappedFile, MapsFilesAndReportsTheOnesItCannot) {
+    const auto dir = std::filesystem::temp_directory_path() / ("orvanta-mapped-" + std::to_string(::getpid()));
+    std::filesystem::create_directories(dir);
+    const auto empty = dir / "empty.usdz";
+    std::ofstream(empty).close();
+    const auto mapped = MappedFile::open(empty.string());
+    ASSERT_TRUE(mapped.ok());
+    EXPECT_TRUE(mapped.value()->bytes().empty());
+    expectError(UsdzArchive::open(mapped.value()->bytes(), mapped.value()), ImportErrorCode::unrecognisedFormat, "empty");
+
+    const auto missing = MappedFile::open((dir / "missing.usdz").string());
+    ASSERT_FALSE(missing.ok());
+    EXPECT_EQ(missing.error().code(), static_cast<int>(ImportErrorCode::unreadableFile));
+    const auto directory = MappedFile::open(dir.string());
+    ASSERT_FALSE(directory.ok());
+    EXPECT_NE(directory.error().localizedDescription().find("not a regular file"), std::string::npos);
+    std::filesystem::remove_all(dir);
+}
+
+// Inputs the fuzzer once crashed or hung on; each must now end in a result or an error.
+TEST(UsdzArchive, FuzzRegressionsReplay) {
+    const auto dir = std::filesystem::path(ORVANTA_SOURCE_DIR) / "fuzz" / "regressions" / "fuzz_usdz";
+    if (!std::filesystem::exists(dir)) GTEST_SKIP() << "no regressions recorded";
+    for (const auto& input : std::filesystem::directory_iterator(dir)) {
+        SCOPED_TRACE(input.path().string());
+        std::ifstream in(input.path(), std::ios::binary);
+        const Bytes bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        const auto archive = openBytes(bytes);
+        if (!archive.ok()) continue;
+        for (const UsdzEntry& entry : archive->entries()) (void)CrateReader::read(entry.data, entry.path);
+    }
+}
+
+} // namespace
+} // namespace orvanta::import::usd
