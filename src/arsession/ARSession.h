@@ -12,6 +12,7 @@
 #include "arsession/ARRaycastQuery.h"
 #include "arsession/ARRaycastResult.h"
 #include "arsession/ARWorldTrackingConfiguration.h"
+#include "arsession/HandlerList.h"
 #include "arsession/SessionBackend.h"
 #include "core/Cancellable.h"
 #include "core/RepeatingTimer.h"
@@ -73,15 +74,14 @@ public:
     std::shared_ptr<core::Scheduler> clock() const { return clock_; }
 
 private:
-    struct Observer;
     void startTimer();
     void stopTimer();
     void deliverFrame();
     void diffAnchors(const std::vector<ARPlaneAnchor>& before, const std::vector<ARPlaneAnchor>& after);
-    std::shared_ptr<core::Scheduler> delegateQueue() const;
-    // Runs `call(delegate)` now when the delegate queue is the clock queue, else queues it.
-    template <class Call>
-    void notify(Call&& call);
+    // Calls `method` on the delegate with `args`: at once when the delegate queue is the clock
+    // queue, else as a task on the delegate queue carrying copies of `args`.
+    template <class... Params, class... Args>
+    void notify(void (ARSessionDelegate::*method)(ARSession&, Params...), const Args&... args);
 
     std::unique_ptr<SessionBackend> backend_;
     std::shared_ptr<core::Scheduler> clock_;
@@ -98,8 +98,8 @@ private:
     bool hasFrame_ = false;
     std::optional<TrackingState> lastTrackingState_;
     // Reused buffers of the anchor diff.
-    std::vector<ARPlaneAnchor> added_, updated_, removed_, previousAnchors_;
-    std::vector<std::shared_ptr<Observer>> observers_;
+    std::vector<ARPlaneAnchor> added_, updated_, removed_;
+    HandlerList<const ARFrame&> observers_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); // seen by queued tasks
 };
 

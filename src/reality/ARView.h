@@ -95,6 +95,7 @@ private:
     std::shared_ptr<SnapshotRenderer> renderer_;
     core::Cancellable frameObservation_;
     std::optional<double> lastStep_;
+    bool automaticUpdates_ = false;
 };
 
 } // namespace orvanta::reality

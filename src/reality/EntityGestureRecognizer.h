@@ -34,12 +34,14 @@ public:
     void handle(const TouchEvent& event);
 
 protected:
-    // Called when the gesture begins with exactly the needed fingers, and on each move.
-    virtual void began(Entity& entity, const std::vector<QPointF>& touches) = 0;
+    // Called when the needed fingers touch down on the entity; returns whether the gesture
+    // can start from these touches. Then called on each move.
+    virtual bool began(Entity& entity, const std::vector<QPointF>& touches) = 0;
     virtual void moved(Entity& entity, const std::vector<QPointF>& touches) = 0;
     ARView& view() const { return view_; }
 
 private:
+    bool isActive() const { return state_ == State::began || state_ == State::changed; }
     bool hitsEntity(const std::vector<QPointF>& touches) const;
 
     ARView& view_;

@@ -19,7 +19,7 @@ public:
     static float twistAngle(QPointF first, QPointF second);
 
 private:
-    void began(Entity& entity, const std::vector<QPointF>& touches) override;
+    bool began(Entity& entity, const std::vector<QPointF>& touches) override;
     void moved(Entity& entity, const std::vector<QPointF>& touches) override;
 
     float startAngle_ = 0.0f;

@@ -15,7 +15,7 @@ public:
         : EntityGestureRecognizer(view, std::move(entity), 2) {}
 
 private:
-    void began(Entity& entity, const std::vector<QPointF>& touches) override;
+    bool began(Entity& entity, const std::vector<QPointF>& touches) override;
     void moved(Entity& entity, const std::vector<QPointF>& touches) override;
 
     float startDistance_ = 0.0f;

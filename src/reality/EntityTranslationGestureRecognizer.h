@@ -7,6 +7,8 @@
 
 #include <QVector3D>
 
+#include <optional>
+
 namespace orvanta::reality {
 
 class EntityTranslationGestureRecognizer final : public EntityGestureRecognizer {
@@ -15,7 +17,7 @@ public:
         : EntityGestureRecognizer(view, std::move(entity), 1) {}
 
 private:
-    void began(Entity& entity, const std::vector<QPointF>& touches) override;
+    bool began(Entity& entity, const std::vector<QPointF>& touches) override;
     void moved(Entity& entity, const std::vector<QPointF>& touches) override;
     std::optional<QVector3D> groundPoint(QPointF touch) const;
 

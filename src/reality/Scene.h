@@ -6,8 +6,8 @@
 // Thread: every method on the main thread.
 
 #include "arsession/ARFrame.h"
+#include "arsession/HandlerList.h"
 #include "core/Cancellable.h"
-#include "core/CancellationToken.h"
 #include "reality/AnchorCollection.h"
 #include "reality/SceneUpdateEvent.h"
 
@@ -49,14 +49,10 @@ public:
                                                     const arsession::ARFrame& frame);
 
 private:
-    struct Subscription {
-        std::shared_ptr<core::CancellationToken> token;
-        UpdateHandler handler;
-    };
     void updateAnchor(Entity& anchor, const arsession::ARFrame* frame);
 
     AnchorCollection anchors_;
-    std::vector<std::shared_ptr<Subscription>> subscriptions_;
+    arsession::HandlerList<const SceneUpdateEvent&> updateHandlers_;
 };
 
 } // namespace orvanta::reality
