@@ -147,27 +147,31 @@ std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, cons
         for (std::size_t p = 0; p < pointCount; ++p) addVertex(0, 0, p);
     }
 
-    // Triangles per face, in vertex indices of `mesh`.
+    // Triangles per face, in vertex indices of `mesh`. Fan triangles that repeat a point are
+    // dropped, and a face left with none adds no vertices.
     std::vector<std::vector<std::uint32_t>> faceTriangles(faces.size());
+    std::vector<std::size_t> fan;
     for (std::size_t f = 0; f < faces.size(); ++f) {
         const Face& face = faces[f];
-        if (face.count == 0) continue;
+        const auto point = [&](std::size_t k) { return (*indices)[face.first + k]; };
+        fan.clear();
+        for (std::size_t k = 1; k + 1 < face.count; ++k) {
+            if (point(0) != point(k) && point(k) != point(k + 1) && point(0) != point(k + 1)) fan.push_back(k);
+        }
+        if (fan.empty()) continue;
         std::vector<std::uint32_t> corner(face.count);
         for (std::size_t k = 0; k < face.count; ++k) {
-            const auto point = static_cast<std::size_t>((*indices)[face.first + k]);
+            const auto p = static_cast<std::size_t>(point(k));
             if (perCorner) {
                 corner[k] = static_cast<std::uint32_t>(mesh.positions.size());
-                addVertex(f, face.first + k, point);
+                addVertex(f, face.first + k, p);
             } else {
-                corner[k] = static_cast<std::uint32_t>(point);
+                corner[k] = static_cast<std::uint32_t>(p);
             }
         }
-        for (std::size_t k = 1; k + 1 < face.count; ++k) {
-            const std::size_t a = face.first, b = face.first + k, c = face.first + k + 1;
-            if ((*indices)[a] == (*indices)[b] || (*indices)[b] == (*indices)[c] || (*indices)[a] == (*indices)[c]) continue;
+        for (std::size_t k : fan)
             faceTriangles[f].insert(faceTriangles[f].end(),
                                     {corner[0], corner[leftHanded ? k + 1 : k], corner[leftHanded ? k : k + 1]});
-        }
     }
 
     // Group the triangles: each subset in turn (the first subset naming a face takes it),
