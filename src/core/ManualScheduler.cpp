@@ -70,11 +70,12 @@ bool ManualScheduler::runUntil(const std::function<bool()>& done, std::chrono::m
     while (true) {
         runPending();
         if (done()) return true;
+        if (std::chrono::steady_clock::now() >= deadline) return false;
+        // Other threads may also make done() true without queueing anything here, so look
+        // again at least every few milliseconds.
         std::unique_lock lock(mutex_);
-        const bool more = queued_.wait_until(lock, deadline, [this] {
-            return !tasks_.empty() && tasks_.begin()->first.first <= now_;
-        });
-        if (!more) return done();
+        queued_.wait_until(lock, std::min(deadline, std::chrono::steady_clock::now() + std::chrono::milliseconds(2)),
+                           [this] { return !tasks_.empty() && tasks_.begin()->first.first <= now_; });
     }
 }
 

@@ -29,8 +29,8 @@ public:
     int runPending();
     // Moves the clock forward by `seconds`, running due tasks in time order on the way.
     void advance(double seconds);
-    // Runs due tasks, waiting up to `timeout` (real time) for other threads to queue more,
-    // until `done()` holds. Returns done().
+    // Runs due tasks as they become due (other threads may queue them) until `done()`
+    // holds or `timeout` of real time has passed. Returns whether done() held.
     bool runUntil(const std::function<bool()>& done,
                   std::chrono::milliseconds timeout = std::chrono::seconds(10));
 

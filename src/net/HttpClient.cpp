@@ -14,6 +14,13 @@ namespace orvanta::net {
 namespace {
 // A declared length beyond this is not trusted for pre-allocation; the body still streams in.
 constexpr qint64 maxReservation = qint64(1) << 31;
+
+// Qt reports a 4xx or 5xx answer as an error of these classes; the transfer itself worked.
+bool isHttpStatusError(QNetworkReply::NetworkError error) {
+    const int code = static_cast<int>(error);
+    return (code >= 201 && code <= 299) || error == QNetworkReply::ProtocolInvalidOperationError ||
+           (code >= 401 && code <= 499);
+}
 } // namespace
 
 HttpClient::HttpClient(std::chrono::milliseconds transferTimeout)
@@ -79,14 +86,21 @@ void HttpClient::start(const core::Url& url, const std::shared_ptr<core::Sink<Ht
         });
         QObject::connect(reply, &QNetworkReply::finished, reply, [reply, body, sink] {
             reply->deleteLater();
-            if (reply->error() != QNetworkReply::NoError) {
-                sink->complete(core::Completion::failed(TransferError::fromReply(reply->error(), reply->errorString())));
+            const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+            // An HTTP error status is still a completed transfer: the caller gets the body.
+            if (reply->error() != QNetworkReply::NoError && !(status > 0 && isHttpStatusError(reply->error()))) {
+                // The transfer time-out aborts the reply; a cancel by the subscriber never
+                // reaches here because its sink drops everything.
+                const auto error = reply->error() == QNetworkReply::OperationCanceledError
+                                       ? TransferError::make(TransferErrorCode::timedOut, "The request timed out.")
+                                       : TransferError::fromReply(reply->error(), reply->errorString());
+                sink->complete(core::Completion::failed(error));
                 return;
             }
             const qint64 rest = reply->bytesAvailable();
             if (rest > 0) body->append(reply->read(rest));
             HttpResponse response;
-            response.statusCode = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+            response.statusCode = status;
             response.body = std::move(*body);
             sink->receive(std::move(response));
             sink->complete(core::Completion::finished());
