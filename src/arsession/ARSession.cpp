@@ -81,12 +81,12 @@ void ARSession::tick() {
         interrupted_ = true;
         notify(&ARSessionDelegate::sessionWasInterrupted);
     }
-    if (update_.hasFrame && running_) deliverFrame();
     if (update_.interruptionEnded) {
         interrupted_ = false;
         if (!running_) stopTimer();
         notify(&ARSessionDelegate::sessionInterruptionEnded);
     }
+    if (update_.hasFrame && running_) deliverFrame();
 }
 
 void ARSession::startTimer() {

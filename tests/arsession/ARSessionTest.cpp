@@ -1,0 +1,175 @@
+// Session behaviour: run options, pause, interruptions and failures reaching the delegate,
+// delivery on the delegate queue, and frame observers.
+#include "SessionTestSupport.h"
+
+#include "arsession/ARSessionError.h"
+#include "core/Dispatch.h"
+
+#include <gtest/gtest.h>
+
+namespace orvanta::arsession {
+namespace {
+
+using testing::RecordingDelegate;
+using testing::SimulatedSession;
+
+std::vector<std::string> eventsSince(const RecordingDelegate& delegate, std::size_t first) {
+    return {delegate.events.begin() + std::ptrdiff_t(first), delegate.events.end()};
+}
+
+TEST(ARSessionTest, FramesComeAtSixtyHertzOnlyWhileRunning) {
+    SimulatedSession s;
+    s.clock->advance(1.0);
+    EXPECT_EQ(s.session->currentFrame(), nullptr);
+    s.session->run(SimulatedSession::horizontalPlanes());
+    s.clock->advance(1.0 + 1e-9);
+    EXPECT_EQ(s.delegate->frames, 60);
+    EXPECT_NEAR(s.session->currentFrame()->timestamp, 2.0, 1e-9);
+
+    s.session->pause();
+    s.clock->advance(1.0);
+    EXPECT_EQ(s.delegate->frames, 60);
+    EXPECT_NE(s.session->currentFrame(), nullptr); // the last frame stays readable
+    s.session->run(SimulatedSession::horizontalPlanes());
+    s.clock->advance(0.5 + 1e-9);
+    EXPECT_EQ(s.delegate->frames, 90);
+}
+
+TEST(ARSessionTest, ResumingWithoutResetRelocalizesAndKeepsPlanes) {
+    SimulatedSession s;
+    s.session->run(SimulatedSession::horizontalPlanes());
+    s.clock->advance(3.0);
+    s.session->pause();
+    s.clock->advance(1.0);
+    const std::size_t mark = s.delegate->events.size();
+    s.session->run(SimulatedSession::horizontalPlanes());
+    s.clock->advance(1.0);
+    EXPECT_EQ(eventsSince(*s.delegate, mark),
+              (std::vector<std::string>{"tracking limited(relocalizing)", "tracking normal"}));
+    EXPECT_EQ(s.session->currentFrame()->anchors.size(), 2u);
+}
+
+TEST(ARSessionTest, ResetTrackingRestartsTrackingButKeepsAnchors) {
+    SimulatedSession s;
+    s.session->run(SimulatedSession::horizontalPlanes());
+    s.clock->advance(3.0);
+    const std::size_t mark = s.delegate->events.size();
+    s.session->run(SimulatedSession::horizontalPlanes(), ARSession::resetTracking);
+    s.clock->advance(1.5);
+    EXPECT_EQ(eventsSince(*s.delegate, mark),
+              (std::vector<std::string>{"tracking notAvailable", "tracking limited(initializing)", "tracking normal"}));
+    EXPECT_EQ(s.session->currentFrame()->anchors.size(), 2u);
+}
+
+TEST(ARSessionTest, RemoveExistingAnchorsReportsRemovalAndRediscoversPlanes) {
+    SimulatedSession s;
+    s.session->run(SimulatedSession::horizontalPlanes());
+    s.clock->advance(3.0);
+    const std::size_t mark = s.delegate->events.size();
+    s.session->run(SimulatedSession::horizontalPlanes(), ARSession::resetTracking | ARSession::removeExistingAnchors);
+    // Removal is reported at once and the current frame no longer lists the planes.
+    EXPECT_EQ(eventsSince(*s.delegate, mark), (std::vector<std::string>{"remove table", "remove floor"}));
+    EXPECT_TRUE(s.session->currentFrame()->anchors.empty());
+    EXPECT_TRUE(s.session->raycast(ARRaycastQuery(QVector3D(0, 2, -0.6f), QVector3D(0, -1, 0),
+                                                  ARRaycastQuery::Target::existingPlaneInfinite,
+                                                  ARRaycastQuery::TargetAlignment::any))
+                    .empty());
+    s.clock->advance(1.6); // tracking normal again at 1.2 s, table 0.5 s later
+    EXPECT_TRUE(s.session->currentFrame()->anchors.empty());
+    s.clock->advance(0.2);
+    ASSERT_EQ(s.session->currentFrame()->anchors.size(), 1u);
+    EXPECT_EQ(s.delegate->events.back(), "add table");
+}
+
+TEST(ARSessionTest, InterruptionStopsFramesAndItsEndIsReportedEvenWhenPaused) {
+    SimulatedWorld::Script script;
+    script.interruptions = {{2.0, 3.0}};
+    SimulatedSession s(script);
+    s.session->run(SimulatedSession::horizontalPlanes());
+    s.clock->advance(1.99);
+    const std::size_t mark = s.delegate->events.size();
+    const int frames = s.delegate->frames;
+    s.clock->advance(0.1);
+    EXPECT_EQ(eventsSince(*s.delegate, mark), (std::vector<std::string>{"interrupted"}));
+    EXPECT_LE(s.delegate->frames, frames + 1);
+    // The AR view's owner pauses the session on an interruption; the end still arrives.
+    s.session->pause();
+    s.clock->advance(1.0);
+    EXPECT_EQ(eventsSince(*s.delegate, mark), (std::vector<std::string>{"interrupted", "interruption ended"}));
+    EXPECT_LE(s.delegate->frames, frames + 1);
+    EXPECT_FALSE(s.session->isRunning());
+}
+
+TEST(ARSessionTest, InterruptionWhileRunningResumesWithRelocalization) {
+    SimulatedWorld::Script script;
+    script.interruptions = {{2.0, 3.0}};
+    SimulatedSession s(script);
+    s.session->run(SimulatedSession::horizontalPlanes());
+    s.clock->advance(2.5);
+    const std::size_t mark = s.delegate->events.size();
+    s.clock->advance(1.1);
+    // The floor, due at 2.7 s, shows with the first frame after the interruption.
+    EXPECT_EQ(eventsSince(*s.delegate, mark), (std::vector<std::string>{"interruption ended",
+                                                                         "tracking limited(relocalizing)",
+                                                                         "add floor", "tracking normal"}));
+}
+
+TEST(ARSessionTest, FailureReachesTheDelegateAndStopsTheSessionUntilRunAgain) {
+    SimulatedWorld::Script script;
+    script.failures = {{2.0, ARSessionError::make(ARSessionError::worldTrackingFailed)}};
+    SimulatedSession s(script);
+    s.session->run(SimulatedSession::horizontalPlanes());
+    s.clock->advance(2.5);
+    EXPECT_EQ(s.delegate->events.back(), "failed ARErrorDomain 200 World tracking failed.");
+    EXPECT_FALSE(s.session->isRunning());
+    const int frames = s.delegate->frames;
+    s.clock->advance(1.0);
+    EXPECT_EQ(s.delegate->frames, frames);
+
+    s.session->run(SimulatedSession::horizontalPlanes(), ARSession::resetTracking | ARSession::removeExistingAnchors);
+    s.clock->advance(1.0);
+    EXPECT_GT(s.delegate->frames, frames);
+    EXPECT_EQ(s.delegate->events.back(), "tracking limited(initializing)"); // the failure happens once
+}
+
+TEST(ARSessionTest, DelegateHearsOnTheMainQueueByDefault) {
+    auto clock = std::make_shared<core::ManualScheduler>();
+    auto session = std::make_shared<ARSession>(std::make_unique<SimulatedWorld>(), clock);
+    auto delegate = std::make_shared<RecordingDelegate>();
+    session->setDelegate(delegate);
+    session->run(SimulatedSession::horizontalPlanes());
+    clock->advance(0.1);
+    EXPECT_TRUE(delegate->events.empty()); // queued on the main queue, not yet run
+    auto main = std::dynamic_pointer_cast<core::ManualScheduler>(core::Dispatch::main());
+    ASSERT_TRUE(main);
+    main->runPending();
+    EXPECT_EQ(delegate->events, (std::vector<std::string>{"tracking notAvailable"}));
+    EXPECT_EQ(delegate->frames, 6);
+}
+
+TEST(ARSessionTest, DroppedDelegateAndCancelledObserverHearNothing) {
+    SimulatedSession s;
+    int observed = 0;
+    auto observation = s.session->observeFrames([&](const ARFrame&) { ++observed; });
+    s.session->run(SimulatedSession::horizontalPlanes());
+    s.clock->advance(0.1);
+    EXPECT_EQ(observed, 6);
+    observation.cancel();
+    s.delegate.reset(); // the session holds it weakly
+    s.clock->advance(0.1);
+    EXPECT_EQ(observed, 6);
+}
+
+TEST(ARSessionTest, TrackingStateRenderingsReadBack) {
+    using R = TrackingState::Reason;
+    for (const auto state : {TrackingState::notAvailable(), TrackingState::normal(), TrackingState::limited(R::initializing),
+                             TrackingState::limited(R::excessiveMotion), TrackingState::limited(R::insufficientFeatures),
+                             TrackingState::limited(R::relocalizing)})
+        EXPECT_EQ(TrackingState::fromDescription(state.description()), state);
+    EXPECT_EQ(TrackingState::limited(R::excessiveMotion).description(), "limited(excessiveMotion)");
+    EXPECT_FALSE(TrackingState::fromDescription("limited"));
+    EXPECT_FALSE(TrackingState::normal().reason());
+}
+
+} // namespace
+} // namespace orvanta::arsession

@@ -1,0 +1,82 @@
+// A recorded session replays as the same frames; malformed recordings are errors.
+#include "SessionTestSupport.h"
+
+#include "arsession/FrameRecord.h"
+#include "arsession/ReplayBackend.h"
+#include "arsession/SessionRecorder.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace orvanta::arsession {
+namespace {
+
+using testing::SimulatedSession;
+
+std::vector<ARFrame> collect(ARSession& session, core::ManualScheduler& clock, double seconds) {
+    std::vector<ARFrame> frames;
+    auto observation = session.observeFrames([&](const ARFrame& f) { frames.push_back(f); });
+    clock.advance(seconds);
+    return frames;
+}
+
+TEST(RecordReplayTest, ReplayGivesTheRecordedFrames) {
+    QTemporaryDir dir;
+    const QString path = dir.filePath("session.jsonl");
+    SimulatedSession recorded;
+    auto made = SessionRecorder::make(*recorded.session, path);
+    ASSERT_TRUE(std::holds_alternative<std::unique_ptr<SessionRecorder>>(made));
+    auto recorder = std::move(std::get<std::unique_ptr<SessionRecorder>>(made));
+    recorded.session->run(SimulatedSession::horizontalPlanes());
+    const auto original = collect(*recorded.session, *recorded.clock, 4.0);
+    recorder->stop();
+    ASSERT_EQ(recorder->framesWritten(), int(original.size()));
+    ASSERT_EQ(original.back().anchors.size(), 2u);
+
+    auto loaded = ReplayBackend::load(path);
+    ASSERT_TRUE(std::holds_alternative<std::unique_ptr<ReplayBackend>>(loaded));
+    auto clock = std::make_shared<core::ManualScheduler>();
+    ARSession replay(std::move(std::get<std::unique_ptr<ReplayBackend>>(loaded)), clock);
+    auto delegate = std::make_shared<testing::RecordingDelegate>();
+    replay.setDelegate(delegate);
+    replay.setDelegateQueue(clock);
+    replay.run(SimulatedSession::horizontalPlanes());
+    const auto replayed = collect(replay, *clock, 5.0);
+    EXPECT_EQ(replayed, original);
+    EXPECT_EQ(delegate->events, recorded.delegate->events);
+
+    // Ray casts answer from the replayed planes.
+    const auto hits = replay.raycast(ARRaycastQuery(QVector3D(0, 2, -0.6f), QVector3D(0, -1, 0),
+                                                    ARRaycastQuery::Target::existingPlaneGeometry,
+                                                    ARRaycastQuery::TargetAlignment::horizontal));
+    ASSERT_EQ(hits.size(), 2u);
+    EXPECT_EQ(hits[0].anchor->classification, ARPlaneAnchor::Classification::table);
+}
+
+TEST(RecordReplayTest, MalformedRecordsAreErrors) {
+    ARFrame frame;
+    frame.timestamp = 1.5;
+    const QByteArray good = FrameRecord::encode(frame);
+    EXPECT_TRUE(std::holds_alternative<ARFrame>(FrameRecord::decode(good)));
+
+    QByteArray badTracking = good;
+    badTracking.replace("notAvailable", "sideways");
+    const auto decoded = FrameRecord::decode(badTracking);
+    ASSERT_TRUE(std::holds_alternative<core::Error>(decoded));
+    EXPECT_EQ(std::get<core::Error>(decoded).localizedDescription(),
+              "Malformed frame record: unknown tracking state \"sideways\"");
+    EXPECT_TRUE(std::holds_alternative<core::Error>(FrameRecord::decode("[1, 2]")));
+    EXPECT_TRUE(std::holds_alternative<core::Error>(FrameRecord::decode("{\"t\": 1}")));
+
+    QTemporaryDir dir;
+    QFile file(dir.filePath("broken.jsonl"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(good + "\n{not json\n");
+    file.close();
+    EXPECT_TRUE(std::holds_alternative<core::Error>(ReplayBackend::load(file.fileName())));
+    EXPECT_TRUE(std::holds_alternative<core::Error>(ReplayBackend::load(dir.filePath("missing.jsonl"))));
+}
+
+} // namespace
+} // namespace orvanta::arsession

@@ -1,0 +1,147 @@
+// The simulated world seen through a session: tracking progression, plane discovery and
+// growth, and the three ray-cast targets with their alignment filter.
+#include "SessionTestSupport.h"
+
+#include <gtest/gtest.h>
+
+namespace orvanta::arsession {
+namespace {
+
+using testing::SimulatedSession;
+using Target = ARRaycastQuery::Target;
+using Alignment = ARRaycastQuery::TargetAlignment;
+
+// Straight down through the middle of the table (table top at 0.75 m, floor at 0).
+ARRaycastQuery downAt(float x, float z, Target target, Alignment alignment = Alignment::any) {
+    return ARRaycastQuery(QVector3D(x, 2.0f, z), QVector3D(0, -1, 0), target, alignment);
+}
+
+TEST(SimulatedWorldTest, TrackingGoesFromNotAvailableThroughInitializingToNormal) {
+    SimulatedSession s;
+    s.session->run(SimulatedSession::horizontalPlanes());
+    std::vector<std::string> states;
+    s.clock->advance(0.1);
+    states.push_back(s.session->currentFrame()->camera.trackingState.description());
+    s.clock->advance(0.5); // 0.6 s
+    states.push_back(s.session->currentFrame()->camera.trackingState.description());
+    s.clock->advance(0.7); // 1.3 s
+    states.push_back(s.session->currentFrame()->camera.trackingState.description());
+    EXPECT_EQ(states, (std::vector<std::string>{"notAvailable", "limited(initializing)", "normal"}));
+    // Each change reached the delegate once, in order.
+    EXPECT_EQ(s.delegate->events,
+              (std::vector<std::string>{"tracking notAvailable", "tracking limited(initializing)", "tracking normal"}));
+}
+
+TEST(SimulatedWorldTest, PlanesAppearAfterTheirDelayAndGrowToFullSize) {
+    SimulatedSession s;
+    s.session->run(SimulatedSession::horizontalPlanes());
+    s.clock->advance(1.65); // tracking normal at 1.2 s; the table shows 0.5 s later
+    EXPECT_TRUE(s.session->currentFrame()->anchors.empty());
+    s.clock->advance(0.1);
+    const auto& first = s.session->currentFrame()->anchors;
+    ASSERT_EQ(first.size(), 1u);
+    EXPECT_EQ(first[0].classification, ARPlaneAnchor::Classification::table);
+    EXPECT_LT(first[0].extent.x(), 0.2f);
+    const QUuid table = first[0].identifier;
+
+    s.clock->advance(3.0);
+    const ARFrame& later = *s.session->currentFrame();
+    const ARPlaneAnchor* grown = later.anchor(table);
+    ASSERT_NE(grown, nullptr);
+    EXPECT_FLOAT_EQ(grown->extent.x(), 1.2f);
+    EXPECT_FLOAT_EQ(grown->extent.z(), 0.8f);
+    EXPECT_NEAR(grown->worldCenter().y(), 0.75f, 1e-6f);
+    // The floor came too; the wall is vertical and not asked for.
+    EXPECT_EQ(later.anchors.size(), 2u);
+    EXPECT_EQ((std::vector<std::string>(s.delegate->events.end() - 2, s.delegate->events.end())),
+              (std::vector<std::string>{"add table", "add floor"}));
+}
+
+TEST(SimulatedWorldTest, VerticalDetectionFindsTheWall) {
+    SimulatedSession s;
+    ARWorldTrackingConfiguration configuration;
+    configuration.planeDetection = ARWorldTrackingConfiguration::horizontal | ARWorldTrackingConfiguration::vertical;
+    s.session->run(configuration);
+    s.clock->advance(6.0);
+    const auto& anchors = s.session->currentFrame()->anchors;
+    ASSERT_EQ(anchors.size(), 3u);
+    const ARPlaneAnchor& wall = anchors[2];
+    EXPECT_EQ(wall.alignment, ARPlaneAnchor::Alignment::vertical);
+    // The anchor's y axis is the wall's normal, facing into the room.
+    EXPECT_TRUE(qFuzzyCompare(wall.transform.mapVector(QVector3D(0, 1, 0)), QVector3D(0, 0, 1)));
+}
+
+TEST(SimulatedWorldTest, EstimatedPlanesAreHitBeforeAnyAnchorButNotWithoutTracking) {
+    SimulatedSession s;
+    s.session->run(SimulatedSession::horizontalPlanes());
+    s.clock->advance(0.1); // not available
+    EXPECT_TRUE(s.session->raycast(downAt(0, -0.6f, Target::estimatedPlane)).empty());
+
+    s.clock->advance(1.3); // normal, no plane yet
+    ASSERT_TRUE(s.session->currentFrame()->anchors.empty());
+    const auto hits = s.session->raycast(downAt(0, -0.6f, Target::estimatedPlane));
+    ASSERT_EQ(hits.size(), 2u); // table top, then the floor beneath it
+    EXPECT_EQ(hits[0].target, Target::estimatedPlane);
+    EXPECT_FALSE(hits[0].anchor.has_value());
+    EXPECT_TRUE(qFuzzyCompare(hits[0].position(), QVector3D(0, 0.75f, -0.6f)));
+    EXPECT_NEAR(hits[0].distance, 1.25f, 1e-5f);
+    EXPECT_NEAR(hits[1].position().y(), 0.0f, 1e-6f);
+    EXPECT_TRUE(s.session->raycast(downAt(0, -0.6f, Target::existingPlaneGeometry)).empty());
+}
+
+TEST(SimulatedWorldTest, ExistingGeometryIsBoundedAndInfiniteIsNot) {
+    SimulatedSession s;
+    s.session->run(SimulatedSession::horizontalPlanes());
+    s.clock->advance(1.8); // table seen, still small (about 0.16 m × 0.13 m)
+    ASSERT_EQ(s.session->currentFrame()->anchors.size(), 1u);
+
+    // 0.3 m off the table's centre: outside the detected area, on its infinite plane.
+    EXPECT_TRUE(s.session->raycast(downAt(0.3f, -0.6f, Target::existingPlaneGeometry)).empty());
+    const auto infinite = s.session->raycast(downAt(0.3f, -0.6f, Target::existingPlaneInfinite));
+    ASSERT_EQ(infinite.size(), 1u);
+    ASSERT_TRUE(infinite[0].anchor.has_value());
+    EXPECT_EQ(infinite[0].anchor->classification, ARPlaneAnchor::Classification::table);
+    EXPECT_EQ(infinite[0].targetAlignment, Alignment::horizontal);
+
+    s.clock->advance(3.0); // full size now
+    const auto geometry = s.session->raycast(downAt(0.3f, -0.6f, Target::existingPlaneGeometry));
+    ASSERT_EQ(geometry.size(), 2u); // table, then the floor
+    EXPECT_EQ(geometry[0].anchor->classification, ARPlaneAnchor::Classification::table);
+    EXPECT_EQ(geometry[1].anchor->classification, ARPlaneAnchor::Classification::floor);
+}
+
+TEST(SimulatedWorldTest, AlignmentFilterKeepsOnlyMatchingSurfaces) {
+    SimulatedSession s;
+    s.session->run(SimulatedSession::horizontalPlanes());
+    s.clock->advance(2.0);
+    // Level with the table top, looking at the wall: it only meets vertical surfaces.
+    const ARRaycastQuery ahead(QVector3D(0, 1.5f, 0), QVector3D(0, 0, -1), Target::estimatedPlane, Alignment::any);
+    const auto any = s.session->raycast(ahead);
+    ASSERT_EQ(any.size(), 1u);
+    EXPECT_EQ(any[0].targetAlignment, Alignment::vertical);
+    EXPECT_NEAR(any[0].distance, 2.0f, 1e-5f);
+    EXPECT_TRUE(s.session->raycast(ARRaycastQuery(ahead.origin, ahead.direction, Target::estimatedPlane,
+                                                  Alignment::horizontal))
+                    .empty());
+    const auto down = s.session->raycast(downAt(0, -0.6f, Target::estimatedPlane, Alignment::vertical));
+    EXPECT_TRUE(down.empty());
+}
+
+TEST(SimulatedWorldTest, CameraLooksDownTowardTheTableFromHandHeight) {
+    const QMatrix4x4 pose = SimulatedWorld::cameraPose(0.0, 0.02f);
+    ARCamera camera;
+    camera.transform = pose;
+    EXPECT_NEAR(camera.position().y(), 1.4f, 0.02f);
+    // The centre of the screen meets the table top near its middle, despite the sway.
+    for (double t : {0.0, 1.0, 2.5, 7.0}) {
+        camera.transform = SimulatedWorld::cameraPose(t, 0.02f);
+        const Ray ray = camera.ray(QPointF(200, 400), QSizeF(400, 800));
+        const auto hit = ray.intersectPlane(QVector3D(0, 0.75f, 0), QVector3D(0, 1, 0));
+        ASSERT_TRUE(hit);
+        EXPECT_NEAR(ray.at(*hit).x(), 0.0f, 0.1f);
+        EXPECT_NEAR(ray.at(*hit).z(), -0.6f, 0.1f);
+    }
+}
+
+} // namespace
+} // namespace orvanta::arsession
