@@ -88,19 +88,20 @@ core::Publisher<NetworkManager::SceneNodePtr> NetworkManager::loadSceneKitModel(
 core::Publisher<NetworkManager::SceneNodePtr> NetworkManager::loadSceneKitModelFromLocalURL(const core::Url& url) {
     if (!url.isFileUrl()) return core::Fail<SceneNodePtr>(ARModelError::notAFileURL());
     if (!fileExists(url)) return core::Fail<SceneNodePtr>(ARModelError::fileNotFound(url.path()));
-    // The scene is parsed right here, on the calling thread; the outcome goes to the main queue.
+    // The scene is parsed right here, on the calling thread; the outcome is always delivered
+    // on the main queue.
     return core::Future<SceneNodePtr>([url](core::Promise<SceneNodePtr> promise) {
-        auto main = core::Dispatch::main();
-        auto source = scenegraph::SceneSource::make(url);
-        if (!source) return main->async([promise] { promise.fail(ARModelError::sceneSourceUnavailable()); });
-        auto scene = source->scene();
-        if (!scene) return main->async([promise] { promise.fail(ARModelError::sceneUnavailable()); });
-        auto container = scenegraph::SceneNode::make();
-        // Moving a child out of the root shrinks the root's list, so take a copy first.
-        const auto children = scene->rootNode->childNodes();
-        for (const auto& child : children) container->addChildNode(child);
-        main->async([promise, container] { promise.succeed(container); });
-    });
+               auto source = scenegraph::SceneSource::make(url);
+               if (!source) return promise.fail(ARModelError::sceneSourceUnavailable());
+               auto scene = source->scene();
+               if (!scene) return promise.fail(ARModelError::sceneUnavailable());
+               auto container = scenegraph::SceneNode::make();
+               // Moving a child out of the root shrinks the root's list, so take a copy first.
+               const auto children = scene->rootNode->childNodes();
+               for (const auto& child : children) container->addChildNode(child);
+               promise.succeed(container);
+           })
+        .receiveOn(core::Dispatch::main());
 }
 
 } // namespace orvanta

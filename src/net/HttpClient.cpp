@@ -57,15 +57,16 @@ core::Publisher<HttpResponse> HttpClient::get(const core::Url& url) const {
 void HttpClient::start(const core::Url& url, const std::shared_ptr<core::Sink<HttpResponse>>& sink) const {
     QNetworkAccessManager* manager = manager_.get();
     const int timeoutMs = static_cast<int>(timeout_.count());
-    worker_->async([manager, url, sink, timeoutMs, worker = worker_] {
+    // The worker is captured weakly: a task must never hold the last reference to its own thread.
+    worker_->async([manager, url, sink, timeoutMs, weakWorker = std::weak_ptr<core::EventLoopScheduler>(worker_)] {
         if (sink->token()->isCancelled()) return;
         QNetworkRequest request(url.toQUrl());
         request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
         request.setTransferTimeout(timeoutMs);
         QNetworkReply* reply = manager->get(request); // Qt ownership: deleted below with deleteLater
         QPointer<QNetworkReply> guard(reply);
-        sink->token()->onCancel([worker, guard] {
-            worker->async([guard] {
+        sink->token()->onCancel([weakWorker, guard] {
+            if (auto worker = weakWorker.lock()) worker->async([guard] {
                 if (guard) guard->abort();
             });
         });
@@ -99,6 +100,15 @@ void HttpClient::start(const core::Url& url, const std::shared_ptr<core::Sink<Ht
             }
             const qint64 rest = reply->bytesAvailable();
             if (rest > 0) body->append(reply->read(rest));
+            // A connection that closes early can end without an error; a body shorter than
+            // its declared length is a broken transfer all the same.
+            const QVariant declared = reply->header(QNetworkRequest::ContentLengthHeader);
+            const bool compressed = !reply->rawHeader("Content-Encoding").isEmpty();
+            if (declared.isValid() && !compressed && body->size() < declared.toLongLong()) {
+                sink->complete(core::Completion::failed(
+                    TransferError::make(TransferErrorCode::networkConnectionLost, "The network connection was lost.")));
+                return;
+            }
             HttpResponse response;
             response.statusCode = status;
             response.body = std::move(*body);
