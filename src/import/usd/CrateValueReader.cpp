@@ -300,12 +300,12 @@ Value CrateValueReader::readNumericArray(const Numeric& numeric, CrateCursor& at
         return numericValue(numeric, true, at.take(count * numeric.elementSize()), count);
     }
     if (!isInteger(numeric.component)) return readCompressedReals(numeric, at, count);
-    budget_.charge(count * sizeof(std::int64_t));
     IntArray out;
     if (numeric.component == Component::i64 || numeric.component == Component::u64) {
         out.values = CrateIntegerCoding::read<std::int64_t>(at, count, budget_);
     } else {
         const std::vector<std::int32_t> values = CrateIntegerCoding::read<std::int32_t>(at, count, budget_);
+        budget_.charge(count * sizeof(std::int64_t));
         out.values.resize(values.size());
         if (numeric.component == Component::u32) {
             for (std::size_t i = 0; i < values.size(); ++i) out.values[i] = static_cast<std::uint32_t>(values[i]);

@@ -1,0 +1,725 @@
+// CrateReader: every crate layer of the corpus with counts checked by hand against its
+// manifest, crate files built here for each version and value coding, and damaged, lying
+// or hostile files that must end in a clear error.
+#include "import/ImportError.h"
+#include "import/usd/CrateReader.h"
+#include "import/usd/MappedFile.h"
+#include "import/usd/UsdzArchive.h"
+#include "support/Corpus.h"
+
+#include <gtest/gtest.h>
+#include <lz4.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace orvanta::import::usd {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// Crate type numbers and spec types used below.
+enum : std::uint8_t {
+    tBool = 1, tInt = 3, tInt64 = 5, tHalf = 7, tFloat = 8, tDouble = 9, tString = 10, tToken = 11, tAsset = 12,
+    tMatrix4d = 15, tQuatf = 17, tVec2f = 20, tVec3f = 24, tDictionary = 31, tTokenListOp = 32,
+    tStringListOp = 33, tPathListOp = 34, tReferenceListOp = 35, tTokenVector = 41, tSpecifier = 42,
+    tVariability = 44, tVariantSelection = 45, tTimeSamples = 46, tPayload = 47, tDoubleVector = 48,
+    tPayloadListOp = 55,
+};
+enum : std::uint32_t { sAttribute = 1, sPrim = 6, sPseudoRoot = 7, sRelationship = 8, sVariant = 10, sVariantSet = 11 };
+constexpr unsigned isArray = 1, isInlined = 2, isCompressed = 4;
+constexpr std::uint8_t prepended = 1u << 5, explicitItems = (1u << 0) | (1u << 1);
+
+std::uint64_t rep(std::uint8_t type, std::uint64_t payload, unsigned flags = 0) {
+    return (flags & isArray ? 1ull << 63 : 0) | (flags & isInlined ? 1ull << 62 : 0) |
+           (flags & isCompressed ? 1ull << 61 : 0) | (std::uint64_t{type} << 48) | payload;
+}
+
+template <class T> void append(Bytes& out, const T& value) {
+    const auto* p = reinterpret_cast<const std::uint8_t*>(&value);
+    out.insert(out.end(), p, p + sizeof(T));
+}
+
+Bytes lz4Framed(const Bytes& raw) {
+    Bytes out(1 + static_cast<std::size_t>(LZ4_compressBound(static_cast<int>(raw.size()))), 0);
+    const int n = LZ4_compress_default(reinterpret_cast<const char*>(raw.data()), reinterpret_cast<char*>(out.data() + 1),
+                                       static_cast<int>(raw.size()), static_cast<int>(out.size() - 1));
+    out.resize(1 + static_cast<std::size_t>(n));
+    return out;
+}
+
+// Integer coding as the format describes it: the most common delta, 2-bit codes, and the
+// smallest delta width that holds each other delta.
+template <class Int> Bytes encodeInts(const std::vector<Int>& values) {
+    using Small = std::conditional_t<sizeof(Int) == 4, std::int8_t, std::int16_t>;
+    using Medium = std::conditional_t<sizeof(Int) == 4, std::int16_t, std::int32_t>;
+    std::vector<Int> deltas;
+    std::map<Int, int> frequency;
+    Int previous = 0;
+    for (Int v : values) { deltas.push_back(v - previous); ++frequency[v - previous]; previous = v; }
+    Int common = 0;
+    int best = 0;
+    for (auto [delta, n] : frequency) if (n > best) { best = n; common = delta; }
+    Bytes out;
+    append(out, common);
+    Bytes codes((values.size() + 3) / 4, 0), wide;
+    for (std::size_t i = 0; i < deltas.size(); ++i) {
+        const Int d = deltas[i];
+        unsigned code = 3;
+        if (d == common) code = 0;
+        else if (d >= std::numeric_limits<Small>::min() && d <= std::numeric_limits<Small>::max()) { code = 1; append(wide, static_cast<Small>(d)); }
+        else if (d >= std::numeric_limits<Medium>::min() && d <= std::numeric_limits<Medium>::max()) { code = 2; append(wide, static_cast<Medium>(d)); }
+        else append(wide, d);
+        codes[i / 4] = static_cast<std::uint8_t>(codes[i / 4] | (code << (2 * (i % 4))));
+    }
+    out.insert(out.end(), codes.begin(), codes.end());
+    out.insert(out.end(), wide.begin(), wide.end());
+    return out;
+}
+
+template <class Int> void appendCompressedInts(Bytes& out, const std::vector<Int>& values) {
+    const Bytes framed = lz4Framed(encodeInts(values));
+    append(out, std::uint64_t{framed.size()});
+    out.insert(out.end(), framed.begin(), framed.end());
+}
+
+// Writes crate files: values go out of line as they are added, structural sections and the
+// table of contents at build().
+class CrateBuilder {
+public:
+    explicit CrateBuilder(unsigned minor, unsigned major = 0) : minor_(minor), file_(88, 0) {
+        std::memcpy(file_.data(), "PXR-USDC", 8);
+        file_[8] = static_cast<std::uint8_t>(major);
+        file_[9] = static_cast<std::uint8_t>(minor);
+        token("");  // index 0 cannot be negated, so no property name may use it
+    }
+
+    std::uint32_t token(const std::string& text) {
+        const auto it = std::find(tokens_.begin(), tokens_.end(), text);
+        if (it != tokens_.end()) return static_cast<std::uint32_t>(it - tokens_.begin());
+        tokens_.push_back(text);
+        return static_cast<std::uint32_t>(tokens_.size() - 1);
+    }
+    std::uint32_t string(const std::string& text) {
+        strings_.push_back(token(text));
+        return static_cast<std::uint32_t>(strings_.size() - 1);
+    }
+    std::uint32_t path(const std::string& p) { addPath(p); return pathIndex_.at(p); }
+
+    std::uint64_t here() const { return file_.size(); }
+    template <class T> std::uint64_t put(const T& value) { const auto at = here(); append(file_, value); return at; }
+    template <class T> std::uint64_t putAll(const std::vector<T>& values) {
+        const auto at = here();
+        for (const T& v : values) append(file_, v);
+        return at;
+    }
+    std::uint64_t putBytes(const Bytes& bytes) { const auto at = here(); file_.insert(file_.end(), bytes.begin(), bytes.end()); return at; }
+    std::uint64_t arrayCount(std::uint64_t n) {
+        const auto at = here();
+        if (minor_ < 5) put(std::uint32_t{1});
+        if (minor_ < 7) put(static_cast<std::uint32_t>(n)); else put(n);
+        return at;
+    }
+    template <class T> std::uint64_t array(std::uint8_t type, const std::vector<T>& values, int width = 1) {
+        const auto at = arrayCount(values.size() / static_cast<std::size_t>(width));
+        putAll(values);
+        return rep(type, at, isArray);
+    }
+    template <class Int> void putCompressedInts(const std::vector<Int>& values) { appendCompressedInts(file_, values); }
+    template <class Int> std::uint64_t compressedArray(std::uint8_t type, const std::vector<Int>& values) {
+        const auto at = arrayCount(values.size());
+        putCompressedInts(values);
+        return rep(type, at, isArray | isCompressed);
+    }
+    std::uint64_t tokenVector(const std::vector<std::string>& items) {
+        const auto at = put(std::uint64_t{items.size()});
+        for (const auto& t : items) put(token(t));
+        return rep(tTokenVector, at);
+    }
+    std::uint64_t listOp(std::uint8_t type, std::uint8_t header, const std::vector<std::uint32_t>& items) {
+        const auto at = put(header);
+        put(std::uint64_t{items.size()});
+        putAll(items);
+        return rep(type, at);
+    }
+    std::uint64_t tokenInline(const std::string& t) { return rep(tToken, token(t), isInlined); }
+
+    void spec(const std::string& p, std::uint32_t type, std::vector<std::pair<std::string, std::uint64_t>> fields) {
+        specs_.push_back({path(p), type, static_cast<std::uint32_t>(fieldSets_.size())});
+        for (const auto& [name, value] : fields) {
+            fieldSets_.push_back(static_cast<std::int32_t>(fieldNames_.size()));
+            fieldNames_.push_back(static_cast<std::int32_t>(token(name)));
+            fieldReps_.push_back(value);
+        }
+        fieldSets_.push_back(-1);
+    }
+
+    Bytes build() {
+        Bytes out = file_;
+        std::vector<std::pair<std::string, std::pair<std::uint64_t, std::uint64_t>>> toc;
+        const auto section = [&](const char* name, const Bytes& body) {
+            toc.push_back({name, {out.size(), body.size()}});
+            out.insert(out.end(), body.begin(), body.end());
+        };
+        Bytes tokens, text;
+        for (const auto& t : tokens_) { text.insert(text.end(), t.begin(), t.end()); text.push_back(0); }
+        const Bytes framedText = lz4Framed(text);
+        append(tokens, std::uint64_t{tokens_.size()}); append(tokens, std::uint64_t{text.size()});
+        append(tokens, std::uint64_t{framedText.size()});
+        tokens.insert(tokens.end(), framedText.begin(), framedText.end());
+        section("TOKENS", tokens);
+
+        Bytes strings;
+        append(strings, std::uint64_t{strings_.size()});
+        for (auto s : strings_) append(strings, s);
+        section("STRINGS", strings);
+
+        Bytes fields, reps;
+        append(fields, std::uint64_t{fieldNames_.size()});
+        appendCompressedInts(fields, fieldNames_);
+        for (auto r : fieldReps_) append(reps, r);
+        const Bytes framedReps = lz4Framed(reps);
+        append(fields, std::uint64_t{framedReps.size()});
+        fields.insert(fields.end(), framedReps.begin(), framedReps.end());
+        section("FIELDS", fields);
+
+        Bytes sets;
+        append(sets, std::uint64_t{fieldSets_.size()});
+        appendCompressedInts(sets, fieldSets_);
+        section("FIELDSETS", sets);
+
+        section("PATHS", encodePaths());
+
+        Bytes specs;
+        std::vector<std::int32_t> specPaths, specSets, specTypes;
+        for (const auto& s : specs_) {
+            specPaths.push_back(static_cast<std::int32_t>(s.path));
+            specSets.push_back(static_cast<std::int32_t>(s.fieldSet));
+            specTypes.push_back(static_cast<std::int32_t>(s.type));
+        }
+        append(specs, std::uint64_t{specs_.size()});
+        appendCompressedInts(specs, specPaths); appendCompressedInts(specs, specSets); appendCompressedInts(specs, specTypes);
+        section("SPECS", specs);
+
+        const std::uint64_t tocOffset = out.size();
+        append(out, std::uint64_t{toc.size()});
+        for (const auto& [name, range] : toc) {
+            char padded[16] = {};
+            std::memcpy(padded, name.data(), name.size());
+            append(out, padded); append(out, range.first); append(out, range.second);
+        }
+        std::memcpy(out.data() + 16, &tocOffset, 8);
+        return out;
+    }
+
+private:
+    struct SpecRecord { std::uint32_t path, type, fieldSet; };
+    struct PathNode { std::string path; std::int32_t element; std::vector<std::string> children; };
+
+    // "/A/B.c" -> ("/A/B", "c", property); "/A{v=x}" -> ("/A", "{v=x}"); "/A{v=x}B" -> ("/A{v=x}", "B").
+    static std::tuple<std::string, std::string, bool> split(const std::string& p) {
+        if (p.back() == '}') { const auto brace = p.rfind('{'); return {p.substr(0, brace), p.substr(brace), false}; }
+        const auto sep = p.find_last_of("/}");
+        const auto dot = p.rfind('.');
+        if (dot != std::string::npos && dot > sep) return {p.substr(0, dot), p.substr(dot + 1), true};
+        if (p[sep] == '/') return {sep == 0 ? "/" : p.substr(0, sep), p.substr(sep + 1), false};
+        return {p.substr(0, sep + 1), p.substr(sep + 1), false};
+    }
+
+    void addPath(const std::string& p) {
+        if (pathIndex_.count(p)) return;
+        std::int32_t element = 0;
+        if (p != "/") {
+            const auto [parent, name, property] = split(p);
+            addPath(parent);
+            nodes_[parent].children.push_back(p);
+            element = property ? -static_cast<std::int32_t>(token(name)) : static_cast<std::int32_t>(token(name));
+        }
+        pathIndex_[p] = static_cast<std::uint32_t>(pathIndex_.size());
+        nodes_[p].path = p;
+        nodes_[p].element = element;
+    }
+
+    void emit(const std::string& p, bool hasSibling, std::vector<std::int32_t>& indices, std::vector<std::int32_t>& elements,
+              std::vector<std::int32_t>& jumps) {
+        const std::size_t at = indices.size();
+        const PathNode& node = nodes_.at(p);
+        indices.push_back(static_cast<std::int32_t>(pathIndex_.at(p)));
+        elements.push_back(node.element);
+        jumps.push_back(0);
+        for (std::size_t i = 0; i < node.children.size(); ++i) {
+            emit(node.children[i], i + 1 < node.children.size(), indices, elements, jumps);
+        }
+        const bool hasChild = !node.children.empty();
+        jumps[at] = hasChild && hasSibling ? static_cast<std::int32_t>(indices.size() - at)
+                    : hasChild             ? -1
+                    : hasSibling           ? 0
+                                           : -2;
+    }
+
+    Bytes encodePaths() {
+        std::vector<std::int32_t> indices, elements, jumps;
+        emit("/", false, indices, elements, jumps);
+        Bytes out;
+        append(out, std::uint64_t{indices.size()});
+        append(out, std::uint64_t{indices.size()});
+        appendCompressedInts(out, indices); appendCompressedInts(out, elements); appendCompressedInts(out, jumps);
+        return out;
+    }
+
+    unsigned minor_;
+    Bytes file_;
+    std::vector<std::string> tokens_;
+    std::vector<std::uint32_t> strings_;
+    std::map<std::string, std::uint32_t> pathIndex_;
+    std::map<std::string, PathNode> nodes_;
+    std::vector<std::int32_t> fieldNames_, fieldSets_;
+    std::vector<std::uint64_t> fieldReps_;
+    std::vector<SpecRecord> specs_;
+};
+
+core::Result<Layer> readBytes(const Bytes& bytes) { return CrateReader::read(bytes, "test.usdc"); }
+
+void expectError(const core::Result<Layer>& result, ImportErrorCode code, const std::string& fragment) {
+    ASSERT_FALSE(result.ok());
+    EXPECT_EQ(result.error().domain(), importErrorDomain);
+    EXPECT_EQ(result.error().code(), static_cast<int>(code)) << result.error().localizedDescription();
+    EXPECT_NE(result.error().localizedDescription().find(fragment), std::string::npos)
+        << result.error().localizedDescription();
+}
+
+template <class T> const T& field(const Layer& layer, const std::string& path, const std::string& name) {
+    const Spec* spec = layer.spec(path);
+    EXPECT_NE(spec, nullptr) << path;
+    static const T none{};
+    if (spec == nullptr) return none;
+    const Value* value = spec->field(name);
+    EXPECT_NE(value, nullptr) << path << " " << name;
+    const T* typed = value ? value->get<T>() : nullptr;
+    EXPECT_NE(typed, nullptr) << path << " " << name << " has another type";
+    return typed ? *typed : none;
+}
+
+std::vector<std::string> tokenTexts(const TokenArray& tokens) {
+    std::vector<std::string> out;
+    for (const Token& t : tokens) out.push_back(t.text);
+    return out;
+}
+
+// ---- built files --------------------------------------------------------------------------
+
+// One small dish scene, written as each crate version writes it.
+Bytes dishScene(unsigned minor) {
+    CrateBuilder b(minor);
+    const bool compressedArrays = minor >= 5;
+    std::vector<std::int32_t> indices;
+    for (int i = 0; i < 40; ++i) indices.push_back(i % 3 == 0 ? 1000 + i : i);
+
+    b.spec("/", sPseudoRoot, {{"defaultPrim", b.tokenInline("Dish")}, {"upAxis", b.tokenInline("Y")},
+                              {"metersPerUnit", rep(tDouble, b.put(0.01))}, {"primChildren", b.tokenVector({"Dish"})}});
+    const auto selection = b.put(std::uint64_t{1});
+    b.put(b.string("shading"));
+    b.put(b.string("red"));
+    b.spec("/Dish", sPrim,
+           {{"specifier", rep(tSpecifier, 0, isInlined)}, {"typeName", b.tokenInline("Xform")},
+            {"primChildren", b.tokenVector({"Plate"})},
+            {"apiSchemas", b.listOp(tTokenListOp, prepended, {b.token("MaterialBindingAPI")})},
+            {"variantSetNames", b.listOp(tStringListOp, prepended, {b.string("shading")})},
+            {"variantSelection", rep(tVariantSelection, selection)}, {"variantSetChildren", b.tokenVector({"shading"})}});
+    b.spec("/Dish{shading=}", sVariantSet, {{"variantChildren", b.tokenVector({"red"})}});
+    b.spec("/Dish{shading=red}", sVariant, {{"primChildren", b.tokenVector({"Sauce"})}});
+    b.spec("/Dish{shading=red}Sauce", sPrim, {{"specifier", rep(tSpecifier, 1, isInlined)}});
+    b.spec("/Dish{shading=red}Sauce.size", sAttribute, {{"default", rep(tFloat, std::bit_cast<std::uint32_t>(2.5f), isInlined)}});
+
+    // References with custom data, then a payload: a single payload before 0.8, a list op after.
+    const auto references = b.put(prepended);
+    b.put(std::uint64_t{1});
+    b.put(b.string("./side dish.usda"));
+    b.put(b.path("/Side"));
+    b.put(0.0); b.put(1.0);
+    b.put(std::uint64_t{1});           // custom data: one entry
+    b.put(b.string("note"));
+    b.put(std::int64_t{8});            // the entry's representation follows its jump
+    b.put(rep(tInt, 7, isInlined));
+    const std::uint64_t payload = minor >= 8 ? [&] {
+        const auto at = b.put(explicitItems);
+        b.put(std::uint64_t{1});
+        b.put(b.string("heavy.usdc")); b.put(b.path("/Dish/Plate")); b.put(0.0); b.put(1.0);
+        return rep(tPayloadListOp, at);
+    }() : [&] {
+        const auto at = b.put(b.string("heavy.usdc"));
+        b.put(b.path("/Dish/Plate"));
+        return rep(tPayload, at);
+    }();
+    b.spec("/Dish/Plate", sPrim,
+           {{"specifier", rep(tSpecifier, 0, isInlined)}, {"typeName", b.tokenInline("Mesh")},
+            {"properties", b.tokenVector({"points", "faceVertexIndices", "primvars:st", "material:binding", "xformOp:orient"})},
+            {"references", rep(tReferenceListOp, references)}, {"payload", payload}, {"mystery", rep(99, 5, isInlined)}});
+    b.spec("/Dish/Plate.points", sAttribute,
+           {{"typeName", b.tokenInline("point3f[]")},
+            {"default", b.array<float>(tVec3f, {0, 0, 0, 1, 0, 0, 0, 1, 0.5f}, 3)}});
+    b.spec("/Dish/Plate.faceVertexIndices", sAttribute,
+           {{"typeName", b.tokenInline("int[]")},
+            {"default", compressedArrays ? b.compressedArray(tInt, indices) : b.array(tInt, indices)}});
+    b.spec("/Dish/Plate.primvars:st", sAttribute,
+           {{"typeName", b.tokenInline("texCoord2f[]")}, {"interpolation", b.tokenInline("faceVarying")},
+            {"default", b.array<float>(tVec2f, {0, 0, 1, 0, 1, 1}, 2)}});
+    b.spec("/Dish/Plate.material:binding", sRelationship,
+           {{"targetPaths", b.listOp(tPathListOp, explicitItems, {b.path("/Dish/Mat")})},
+            {"variability", rep(tVariability, 1, isInlined)}});
+    // Time samples: a jump to the times' representation, a jump to the count, the samples.
+    const auto timesData = b.put(std::uint64_t{2});
+    b.put(0.0); b.put(24.0);
+    const auto q0 = b.putAll<float>({0, 0, 0, 1});
+    const auto samples = b.put(std::int64_t{8});
+    b.put(rep(tDoubleVector, timesData));
+    b.put(std::int64_t{8});
+    b.put(std::uint64_t{2});
+    b.put(rep(tQuatf, q0));
+    b.put(rep(tVec3f, 0x00ff01, isInlined));  // a sample of another type: (1, -1, 0) as int8s
+    b.spec("/Dish/Plate.xformOp:orient", sAttribute,
+           {{"typeName", b.tokenInline("quatf")}, {"timeSamples", rep(tTimeSamples, samples)},
+            {"default", rep(tQuatf, b.putAll<float>({0, 0, 0.70710677f, 0.70710677f}))}});
+    return b.build();
+}
+
+class CrateVersions : public ::testing::TestWithParam<unsigned> {};
+
+TEST_P(CrateVersions, DishSceneReadsAsTheTextReaderWouldDescribeIt) {
+    const auto result = readBytes(dishScene(GetParam()));
+    ASSERT_TRUE(result.ok()) << result.error().localizedDescription();
+    const Layer& layer = result.value();
+    EXPECT_EQ(layer.identifier, "test.usdc");
+    EXPECT_EQ(layer.specs.size(), 12u);
+    EXPECT_EQ(layer.spec("/")->type, SpecType::pseudoRoot);
+    EXPECT_EQ(field<Token>(layer, "/", "defaultPrim").text, "Dish");
+    const auto& metersPerUnit = field<DoubleArray>(layer, "/", "metersPerUnit");
+    EXPECT_FALSE(metersPerUnit.isArray);
+    EXPECT_EQ(metersPerUnit.values, std::vector<double>{0.01});
+
+    EXPECT_EQ(field<Token>(layer, "/Dish", "specifier").text, "def");
+    EXPECT_EQ(tokenTexts(field<TokenArray>(layer, "/Dish", "apiSchemas")), std::vector<std::string>{"MaterialBindingAPI"});
+    EXPECT_EQ(field<StringArray>(layer, "/Dish", "variantSetNames").values, std::vector<std::string>{"shading"});
+    EXPECT_EQ(field<VariantSelection>(layer, "/Dish", "variantSelection"), (VariantSelection{{"shading", "red"}}));
+    EXPECT_EQ(layer.spec("/Dish{shading=}")->type, SpecType::variantSet);
+    EXPECT_EQ(layer.spec("/Dish{shading=red}")->type, SpecType::variant);
+    EXPECT_EQ(field<Token>(layer, "/Dish{shading=red}Sauce", "specifier").text, "over");
+    EXPECT_EQ(field<FloatArray>(layer, "/Dish{shading=red}Sauce.size", "default").values, std::vector<float>{2.5f});
+
+    const auto& references = field<ReferenceArray>(layer, "/Dish/Plate", "references");
+    ASSERT_EQ(references.size(), 1u);
+    EXPECT_EQ(references[0].assetPath, "./side dish.usda");
+    EXPECT_EQ(references[0].primPath, "/Side");
+    const auto& payload = field<ReferenceArray>(layer, "/Dish/Plate", "payload");
+    ASSERT_EQ(payload.size(), 1u);
+    EXPECT_EQ(payload[0].assetPath, "heavy.usdc");
+    EXPECT_EQ(payload[0].primPath, "/Dish/Plate");
+    EXPECT_TRUE(layer.spec("/Dish/Plate")->field("mystery")->empty());
+
+    const auto& points = field<FloatArray>(layer, "/Dish/Plate.points", "default");
+    EXPECT_EQ(points.width, 3);
+    EXPECT_EQ(points.values, (std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0.5f}));
+    const auto& indices = field<IntArray>(layer, "/Dish/Plate.faceVertexIndices", "default");
+    ASSERT_EQ(indices.values.size(), 40u);
+    EXPECT_EQ(indices.values[3], 1003);
+    EXPECT_EQ(indices.values[38], 38);
+    EXPECT_EQ(field<FloatArray>(layer, "/Dish/Plate.primvars:st", "default").size(), 3u);
+    EXPECT_EQ(field<Token>(layer, "/Dish/Plate.primvars:st", "interpolation").text, "faceVarying");
+    EXPECT_EQ(layer.spec("/Dish/Plate.material:binding")->type, SpecType::relationship);
+    EXPECT_EQ(field<PathArray>(layer, "/Dish/Plate.material:binding", "targetPaths"), PathArray{"/Dish/Mat"});
+    EXPECT_EQ(field<Token>(layer, "/Dish/Plate.material:binding", "variability").text, "uniform");
+
+    const auto& orient = field<FloatArray>(layer, "/Dish/Plate.xformOp:orient", "default");
+    EXPECT_FALSE(orient.isArray);
+    EXPECT_EQ(orient.values, (std::vector<float>{0, 0, 0.70710677f, 0.70710677f}));
+    const auto& samples = field<TimeSamples>(layer, "/Dish/Plate.xformOp:orient", "timeSamples").samples;
+    ASSERT_EQ(samples.size(), 2u);
+    EXPECT_EQ(samples[0].first, 0.0);
+    EXPECT_EQ(samples[0].second->get<FloatArray>()->values, (std::vector<float>{0, 0, 0, 1}));
+    EXPECT_EQ(samples[1].first, 24.0);
+    EXPECT_EQ(samples[1].second->get<FloatArray>()->values, (std::vector<float>{1, -1, 0}));
+}
+
+INSTANTIATE_TEST_SUITE_P(, CrateVersions, ::testing::Values(4u, 5u, 6u, 7u, 8u, 9u, 10u, 11u),
+                         [](const auto& info) { return "v0_" + std::to_string(info.param); });
+
+TEST(CrateReader, CompressedNumericArraysDecodeInEveryCoding) {
+    CrateBuilder b(9);
+    std::vector<std::int32_t> integral;     // 'i': integral floats stored as compressed ints
+    std::vector<std::int32_t> lutIndices;   // 't': a table of distinct values and indices
+    std::vector<std::int64_t> wide;
+    for (int i = 0; i < 100; ++i) {
+        integral.push_back(i * 7 - 300);
+        lutIndices.push_back(i % 3);
+        wide.push_back((std::int64_t{1} << 40) + i * 100000);
+    }
+    const auto floatAt = b.arrayCount(100);
+    b.put('i');
+    b.putCompressedInts(integral);
+    const auto doubleAt = b.arrayCount(100);
+    b.put('t'); b.put(std::uint32_t{3}); b.putAll<double>({0.25, -1.5, 1e300});
+    b.putCompressedInts(lutIndices);
+    const auto halfAt = b.arrayCount(100);
+    b.put('t'); b.put(std::uint32_t{3}); b.putAll<std::uint16_t>({0x3c00, 0xc000, 0x3555});  // 1, -2, ~0.333
+    b.putCompressedInts(lutIndices);
+    const auto shortHalves = b.arrayCount(2);  // under 16 elements: plain even when flagged
+    b.putAll<std::uint16_t>({0x3800, 0x0001});  // 0.5 and the smallest subnormal
+    b.spec("/", sPseudoRoot, {});
+    b.spec("/A", sPrim, {});
+    b.spec("/A.f", sAttribute, {{"default", rep(tFloat, floatAt, isArray | isCompressed)}});
+    b.spec("/A.d", sAttribute, {{"default", rep(tDouble, doubleAt, isArray | isCompressed)}});
+    b.spec("/A.h", sAttribute, {{"default", rep(tHalf, halfAt, isArray | isCompressed)},
+                                {"short", rep(tHalf, shortHalves, isArray | isCompressed)}});
+    b.spec("/A.w", sAttribute, {{"default", b.compressedArray(tInt64, wide)}, {"empty", rep(tFloat, 0, isArray)}});
+    const auto result = readBytes(b.build());
+    ASSERT_TRUE(result.ok()) << result.error().localizedDescription();
+    const Layer& layer = result.value();
+    const auto& f = field<FloatArray>(layer, "/A.f", "default").values;
+    ASSERT_EQ(f.size(), 100u);
+    EXPECT_EQ(f[0], -300.0f);
+    EXPECT_EQ(f[99], 393.0f);
+    const auto& d = field<DoubleArray>(layer, "/A.d", "default").values;
+    ASSERT_EQ(d.size(), 100u);
+    EXPECT_EQ(d[0], 0.25);
+    EXPECT_EQ(d[2], 1e300);
+    EXPECT_EQ(d[4], -1.5);
+    const auto& h = field<FloatArray>(layer, "/A.h", "default").values;
+    ASSERT_EQ(h.size(), 100u);
+    EXPECT_EQ(h[1], -2.0f);
+    EXPECT_NEAR(h[2], 1.0f / 3, 1e-3);
+    EXPECT_EQ(field<FloatArray>(layer, "/A.h", "short").values, (std::vector<float>{0.5f, 5.9604645e-08f}));
+    EXPECT_EQ(field<IntArray>(layer, "/A.w", "default").values, wide);
+    const auto& empty = field<FloatArray>(layer, "/A.w", "empty");
+    EXPECT_TRUE(empty.isArray);
+    EXPECT_TRUE(empty.values.empty());
+}
+
+TEST(CrateReader, InlinedValuesUnpackToTheirDeclaredTypes) {
+    CrateBuilder b(8);
+    b.spec("/", sPseudoRoot, {});
+    b.spec("/A", sPrim,
+           {{"vec", rep(tVec3f, 0x00fe7f, isInlined)},            // (127, -2, 0)
+            {"matrix", rep(tMatrix4d, 0x01020202, isInlined)},    // diag(2, 2, 2, 1)
+            {"double", rep(tDouble, std::bit_cast<std::uint32_t>(0.5f), isInlined)},
+            {"int64", rep(tInt64, 0xfffffffbu, isInlined)},       // -5
+            {"half", rep(tHalf, 0xbc00, isInlined)},              // -1
+            {"bool", rep(tBool, 1, isInlined)},
+            {"asset", rep(tAsset, b.token("tex/plate 1.png"), isInlined)},
+            {"string", rep(tString, b.string("Plate"), isInlined)},
+            {"dict", rep(tDictionary, 0, isInlined)}});
+    const auto result = readBytes(b.build());
+    ASSERT_TRUE(result.ok()) << result.error().localizedDescription();
+    const Layer& layer = result.value();
+    EXPECT_EQ(field<FloatArray>(layer, "/A", "vec").values, (std::vector<float>{127, -2, 0}));
+    const auto& matrix = field<DoubleArray>(layer, "/A", "matrix");
+    EXPECT_EQ(matrix.width, 16);
+    EXPECT_EQ(matrix.values, (std::vector<double>{2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 1}));
+    EXPECT_EQ(field<DoubleArray>(layer, "/A", "double").values, std::vector<double>{0.5});
+    EXPECT_EQ(field<IntArray>(layer, "/A", "int64").values, std::vector<std::int64_t>{-5});
+    EXPECT_EQ(field<FloatArray>(layer, "/A", "half").values, std::vector<float>{-1});
+    EXPECT_TRUE(field<bool>(layer, "/A", "bool"));
+    EXPECT_EQ(field<AssetPath>(layer, "/A", "asset").path, "tex/plate 1.png");
+    EXPECT_EQ(field<std::string>(layer, "/A", "string"), "Plate");
+    EXPECT_TRUE(field<Dictionary>(layer, "/A", "dict").entries.empty());
+}
+
+TEST(CrateReader, VersionsAndHeadersOutsideWhatItReadsAreRefused) {
+    using C = ImportErrorCode;
+    const auto minimal = [](unsigned minor, unsigned major = 0) {
+        CrateBuilder b(minor, major);
+        b.spec("/", sPseudoRoot, {});
+        return b.build();
+    };
+    EXPECT_TRUE(readBytes(minimal(11)).ok());
+    expectError(readBytes(minimal(12)), C::unsupportedFeature, "crate version 0.12.0 is not supported");
+    expectError(readBytes(minimal(0, 1)), C::unsupportedFeature, "crate version 1.0.0");
+    expectError(readBytes(minimal(3)), C::unsupportedFeature, "reads 0.4.0 to 0.11.0");
+    expectError(readBytes({}), C::unrecognisedFormat, "not a USDC crate file");
+    const std::string usda = "#usda 1.0\n(\n    defaultPrim = \"Dish\"\n)\n" + std::string(100, ' ');
+    expectError(readBytes(Bytes(usda.begin(), usda.end())), C::unrecognisedFormat, "not a USDC crate file");
+}
+
+TEST(CrateReader, LyingOrHostileFilesEndInClearErrors) {
+    using C = ImportErrorCode;
+    const auto withField = [](auto&& value) {
+        CrateBuilder b(9);
+        b.spec("/", sPseudoRoot, {{"default", value(b)}});
+        return readBytes(b.build());
+    };
+    // An array claiming far more elements than the file holds.
+    expectError(withField([](CrateBuilder& b) { const auto at = b.put(std::uint64_t{1} << 40); return rep(tVec3f, at, isArray); }),
+                C::malformedData, "do not fit");
+    // A compressed array claiming billions of integers from a few bytes.
+    expectError(withField([](CrateBuilder& b) {
+                    const auto at = b.put(std::uint64_t{1} << 33);
+                    b.putCompressedInts(std::vector<std::int32_t>{1, 2, 3});
+                    return rep(tInt, at, isArray | isCompressed);
+                }),
+                C::malformedData, "cannot fit");
+    // A dictionary whose entry jumps back to the dictionary itself.
+    expectError(withField([](CrateBuilder& b) {
+                    const auto at = b.put(std::uint64_t{1});
+                    b.put(b.string("loop"));
+                    b.put(std::int64_t{8});
+                    b.put(rep(tDictionary, at));
+                    return rep(tDictionary, at);
+                }),
+                C::malformedData, "nested too deeply");
+    // Offsets, jumps and indices pointing outside the file or the tables.
+    expectError(withField([](CrateBuilder&) { return rep(tQuatf, 1ull << 40); }), C::malformedData, "lies outside");
+    expectError(withField([](CrateBuilder& b) { const auto at = b.put(std::int64_t{-1000000}); return rep(tTimeSamples, at); }),
+                C::malformedData, "before the start");
+    expectError(withField([](CrateBuilder&) { return rep(tToken, 12345, isInlined); }), C::malformedData,
+                "/ field default: token index 12345 out of range");
+    expectError(withField([](CrateBuilder&) { return rep(tSpecifier, 9, isInlined); }), C::malformedData, "enum value 9");
+    expectError(withField([](CrateBuilder& b) {
+                    const auto at = b.arrayCount(20);
+                    b.put('x');
+                    return rep(tFloat, at, isArray | isCompressed);
+                }),
+                C::malformedData, "unknown coding");
+    expectError(withField([](CrateBuilder& b) {
+                    const auto at = b.arrayCount(20);
+                    b.put('t'); b.put(std::uint32_t{1}); b.put(1.0f);
+                    b.putCompressedInts(std::vector<std::int32_t>(20, 1));
+                    return rep(tFloat, at, isArray | isCompressed);
+                }),
+                C::malformedData, "indexes past its table");
+}
+
+TEST(CrateReader, MissingSectionsAndBrokenStructureAreReported) {
+    CrateBuilder b(8);
+    b.spec("/", sPseudoRoot, {});
+    const Bytes good = b.build();
+    Bytes renamed = good;
+    const auto at = std::search(renamed.begin(), renamed.end(), std::begin("SPECS"), std::end("SPECS") - 1);
+    ASSERT_NE(at, renamed.end());
+    *at = 'X';
+    expectError(readBytes(renamed), ImportErrorCode::malformedData, "the SPECS section is missing");
+    Bytes badToc = good;
+    badToc[16] = 0xff; badToc[17] = 0xff;
+    expectError(readBytes(badToc), ImportErrorCode::malformedData, "lies outside");
+}
+
+// ---- corpus -------------------------------------------------------------------------------
+
+struct CorpusLayer {
+    const char* file;
+    unsigned minor;
+    std::size_t specs;
+    std::map<std::string, int> prims;  // typeName -> count
+    std::size_t points;                // default points over all meshes
+    std::size_t indices;               // default faceVertexIndices over all meshes
+};
+
+// Counts checked by hand against the corpus manifest.
+TEST(CrateReaderCorpus, EveryCrateLayerReadsWithItsKnownContents) {
+    const CorpusLayer layers[] = {
+        {"usdc/crate-0.4.0_top.geom.usd", 4, 9, {{"Xform", 1}, {"Mesh", 1}}, 0, 0},
+        {"usdc/crate-0.7.0_Ball.maya.usd", 7, 32, {{"Mesh", 1}, {"Material", 1}, {"Shader", 3}, {"Xform", 1}, {"Scope", 1}}, 382, 1560},
+        {"usdc/crate-0.8.0_TextureTransformTest.usdc", 8, 668, {{"Mesh", 12}, {"Material", 9}, {"Shader", 33}, {"Xform", 1}, {"Scope", 1}}, 48, 72},
+        {"usdc/crate-0.9.0_model.usdc", 9, 9, {{"Xform", 3}, {"Scope", 2}, {"Mesh", 2}, {"", 1}}, 0, 0},
+        {"usdz/RoughnessTest.usdz", 8, 275, {{"Mesh", 6}, {"Xform", 9}, {"Material", 6}, {"Shader", 27}, {"", 1}}, 345, 1008},
+        {"usdz/AnimatedMorphCube.usdz", 8, 38, {{"Mesh", 1}, {"BlendShape", 2}, {"Skeleton", 1}, {"SkelAnimation", 1}, {"SkelRoot", 1}, {"Material", 1}, {"Shader", 1}, {"Scope", 3}, {"Xform", 1}}, 24, 36},
+        {"usdz/AnimatedTriangle.usdz", 8, 18, {{"Mesh", 1}, {"Material", 1}, {"Shader", 1}, {"Scope", 1}, {"Xform", 1}, {"", 1}}, 3, 3},
+        {"usdz/BoxAnimated.usdz", 8, 41, {{"Mesh", 2}, {"Xform", 3}, {"Material", 2}, {"Shader", 2}, {"Scope", 2}}, 320, 762},
+        {"usdz/openusd_simpleMaterial.usdz", 9, 27, {{"Mesh", 1}, {"Material", 1}, {"Shader", 3}, {"Xform", 1}}, 4, 4},
+        {"usdz/openusd_single_usdc.usdz", 7, 2, {{"", 1}}, 0, 0},
+    };
+    for (const CorpusLayer& expected : layers) {
+        SCOPED_TRACE(expected.file);
+        ORVANTA_CORPUS_FILE(path, expected.file);
+        const auto file = MappedFile::open(path.string());
+        ASSERT_TRUE(file.ok());
+        std::span<const std::uint8_t> bytes = file.value()->bytes();
+        std::optional<UsdzArchive> archive;
+        if (path.extension() == ".usdz") {
+            auto opened = UsdzArchive::open(bytes, file.value());
+            ASSERT_TRUE(opened.ok());
+            archive = std::move(opened).value();
+            bytes = archive->entries().front().data;
+        }
+        ASSERT_EQ(bytes[9], expected.minor);
+        const auto result = CrateReader::read(bytes, path.filename().string());
+        ASSERT_TRUE(result.ok()) << result.error().localizedDescription();
+        const Layer& layer = result.value();
+        EXPECT_EQ(layer.specs.size(), expected.specs);
+        std::map<std::string, int> prims;
+        std::size_t points = 0, indices = 0;
+        for (const auto& [specPath, spec] : layer.specs) {
+            if (spec.type == SpecType::prim) {
+                const Value* type = spec.field("typeName");
+                ++prims[type ? type->get<Token>()->text : ""];
+            }
+            const Value* value = spec.field("default");
+            if (value == nullptr) continue;
+            if (specPath.ends_with(".points")) points += value->get<FloatArray>()->size();
+            if (specPath.ends_with(".faceVertexIndices")) indices += value->get<IntArray>()->values.size();
+        }
+        EXPECT_EQ(prims, expected.prims);
+        EXPECT_EQ(points, expected.points);
+        EXPECT_EQ(indices, expected.indices);
+    }
+}
+
+TEST(CrateReaderCorpus, OldestVersionKeepsTimeSampledGeometry) {
+    ORVANTA_CORPUS_FILE(path, "usdc/crate-0.4.0_top.geom.usd");
+    const auto file = MappedFile::open(path.string());
+    const auto result = CrateReader::read(file.value()->bytes(), "top.geom.usd");
+    ASSERT_TRUE(result.ok()) << result.error().localizedDescription();
+    EXPECT_EQ(field<Token>(result.value(), "/", "upAxis").text, "Z");
+    const auto& samples = field<TimeSamples>(result.value(), "/Top/mesh_0.points", "timeSamples").samples;
+    ASSERT_EQ(samples.size(), 1u);
+    EXPECT_EQ(samples[0].first, 48.0);
+    EXPECT_EQ(samples[0].second->get<FloatArray>()->size(), 180u);
+    const auto& indices = field<TimeSamples>(result.value(), "/Top/mesh_0.faceVertexIndices", "timeSamples").samples;
+    EXPECT_EQ(indices.at(0).second->get<IntArray>()->values.size(), 680u);
+}
+
+TEST(CrateReaderCorpus, CorruptLayerIsRefused) {
+    ORVANTA_CORPUS_FILE(path, "usdc/crate-bad_corrupt.usd");
+    const auto file = MappedFile::open(path.string());
+    expectError(CrateReader::read(file.value()->bytes(), "corrupt.usd"), ImportErrorCode::malformedData,
+                "USDC layer corrupt.usd: ");
+}
+
+TEST(CrateReaderCorpus, TruncatedAndBitFlippedCopiesFailCleanly) {
+    for (const char* name : {"usdc/crate-0.4.0_top.geom.usd", "usdc/crate-0.7.0_Ball.maya.usd",
+                             "usdc/crate-0.8.0_TextureTransformTest.usdc", "usdc/crate-0.9.0_model.usdc"}) {
+        SCOPED_TRACE(name);
+        ORVANTA_CORPUS_FILE(path, name);
+        const auto file = MappedFile::open(path.string());
+        const Bytes good(file.value()->bytes().begin(), file.value()->bytes().end());
+        // The table of contents sits at the end, so every cut copy must be refused.
+        for (std::size_t length = 0; length < good.size(); length += 1 + length / 32) {
+            const auto result = readBytes(Bytes(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length)));
+            EXPECT_FALSE(result.ok()) << "length " << length;
+        }
+        for (std::size_t i = 0; i < good.size(); i += 1 + good.size() / 2000) {
+            Bytes flipped = good;
+            flipped[i] ^= static_cast<std::uint8_t>(0x80u >> (i % 8));
+            const auto result = readBytes(flipped);
+            if (!result.ok()) {
+                EXPECT_EQ(result.error().domain(), importErrorDomain);
+            }
+        }
+    }
+}
+
+// Inputs the fuzzer once crashed or hung on; each must now end in a layer or an error.
+TEST(CrateReader, FuzzRegressionsReplay) {
+    const auto dir = std::filesystem::path(ORVANTA_SOURCE_DIR) / "fuzz" / "regressions" / "fuzz_usdc";
+    if (!std::filesystem::exists(dir)) GTEST_SKIP() << "no regressions recorded";
+    for (const auto& input : std::filesystem::directory_iterator(dir)) {
+        SCOPED_TRACE(input.path().string());
+        std::ifstream in(input.path(), std::ios::binary);
+        (void)readBytes(Bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>()));
+    }
+}
+
+} // namespace
+} // namespace orvanta::import::usd
