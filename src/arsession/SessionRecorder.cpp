@@ -6,7 +6,7 @@ namespace orvanta::arsession {
 
 std::variant<std::unique_ptr<SessionRecorder>, core::Error> SessionRecorder::make(ARSession& session,
                                                                                   const QString& path) {
-    std::unique_ptr<SessionRecorder> recorder(new SessionRecorder());
+    auto recorder = std::make_unique<SessionRecorder>(Passkey{});
     recorder->file_.setFileName(path);
     if (!recorder->file_.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return core::Error("FrameRecordError", 2,

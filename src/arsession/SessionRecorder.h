@@ -17,7 +17,10 @@
 namespace orvanta::arsession {
 
 class SessionRecorder {
+    struct Passkey {}; // only make() constructs recorders
+
 public:
+    explicit SessionRecorder(Passkey) {}
     static std::variant<std::unique_ptr<SessionRecorder>, core::Error> make(ARSession& session, const QString& path);
     ~SessionRecorder() = default;
     SessionRecorder(const SessionRecorder&) = delete;
@@ -28,7 +31,6 @@ public:
     int framesWritten() const { return framesWritten_; }
 
 private:
-    SessionRecorder() = default;
     void write(const ARFrame& frame);
 
     QFile file_;
