@@ -1,5 +1,6 @@
 #include "import/usd/UsdStagePath.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace orvanta::import::usd {
@@ -72,7 +73,11 @@ std::optional<std::string> UsdStagePath::absolute(std::string_view anchor, std::
         }
         return true;
     };
-    const std::string_view primPart = primOf(path);
+    // The property part starts at the first '.' that ends a name, not at "." or "..".
+    std::size_t dot = 0;
+    while ((dot = path.find('.', dot)) != std::string_view::npos && (dot == 0 || path[dot - 1] == '/' || path[dot - 1] == '.'))
+        ++dot;
+    const std::string_view primPart = path.substr(0, std::min(dot, path.size()));
     if (!split(flat) || !split(primPart)) return std::nullopt;
     std::string result;
     for (std::string_view n : names) {

@@ -80,9 +80,8 @@ public:
 
 private:
     void parseLayer() {
-        if (lexer_.peek().is('(') && !parseMetadataBlock([this](const std::string& key, ListOp) {
-                return layerMetadata(key);
-            }))
+        if (lexer_.peek().is('(') &&
+            !parseMetadataBlock([this](const std::string& key, ListOp) { return layerMetadata(key); }, &layer_.specs["/"]))
             return;
         while (lexer_.peek().kind != UsdaTokenKind::end) {
             if (!parseStatement("/", 0, false)) return;

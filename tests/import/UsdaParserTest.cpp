@@ -1,0 +1,226 @@
+#include "import/ImportError.h"
+#include "import/usd/UsdaParser.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+namespace orvanta::import::usd {
+namespace {
+
+Layer parse(const std::string& text) {
+    auto layer = UsdaParser::parse(text, "test.usda");
+    EXPECT_TRUE(layer.ok()) << (layer.ok() ? "" : layer.error().localizedDescription());
+    return layer.ok() ? std::move(layer).value() : Layer{};
+}
+
+const Value& field(const Layer& layer, const std::string& path, const std::string& name) {
+    static const Value none;
+    const Spec* spec = layer.spec(path);
+    const Value* value = spec ? spec->field(name) : nullptr;
+    EXPECT_NE(value, nullptr) << path << " " << name;
+    return value ? *value : none;
+}
+
+std::vector<std::string> tokens(const Value& value) {
+    std::vector<std::string> out;
+    if (const auto* array = value.get<TokenArray>())
+        for (const Token& t : *array) out.push_back(t.text);
+    return out;
+}
+
+TEST(UsdaParserTest, ReadsLayerMetadataPrimsAndSkipsWhatTheKitDoesNotUse) {
+    const Layer layer = parse(R"(#usda 1.0
+(
+    "A layer doc string"
+    defaultPrim = "Dish"
+    upAxis = "Z"
+    metersPerUnit = 0.01
+    customLayerData = { string creator = "x" dictionary nested = { int a = 1 } }
+    subLayers = [@./a.usda@, @b.usda@]
+    somethingNew = [(1, 2), {x}]
+)
+
+# a comment line
+def Xform "Dish" (
+    kind = "component"
+    prepend apiSchemas = ["MaterialBindingAPI"]
+    instanceable = true
+    customData = { bool hidden = 0 }
+    unknownMetadata = @x@</y>
+)
+{
+    def Mesh "Plate" { }  # trailing comment
+    over "Lid" { }
+    class "Template" { }
+    def "Typeless" { }
+    reorder nameChildren = ["Lid", "Plate"]
+}
+)");
+    EXPECT_EQ(field(layer, "/", "defaultPrim").get<Token>()->text, "Dish");
+    EXPECT_EQ(field(layer, "/", "upAxis").get<Token>()->text, "Z");
+    EXPECT_DOUBLE_EQ(field(layer, "/", "metersPerUnit").get<DoubleArray>()->values.at(0), 0.01);
+    EXPECT_EQ(*field(layer, "/", "documentation").get<std::string>(), "A layer doc string");
+    EXPECT_EQ(tokens(field(layer, "/", "primChildren")), std::vector<std::string>{"Dish"});
+    EXPECT_EQ(field(layer, "/Dish", "typeName").get<Token>()->text, "Xform");
+    EXPECT_EQ(field(layer, "/Dish", "kind").get<Token>()->text, "component");
+    EXPECT_EQ(tokens(field(layer, "/Dish", "apiSchemas")), std::vector<std::string>{"MaterialBindingAPI"});
+    EXPECT_TRUE(*field(layer, "/Dish", "instanceable").get<bool>());
+    EXPECT_EQ(tokens(field(layer, "/Dish", "primChildren")), (std::vector<std::string>{"Plate", "Lid", "Template", "Typeless"}));
+    EXPECT_EQ(field(layer, "/Dish/Lid", "specifier").get<Token>()->text, "over");
+    EXPECT_EQ(field(layer, "/Dish/Template", "specifier").get<Token>()->text, "class");
+    EXPECT_EQ(layer.spec("/Dish/Typeless")->field("typeName"), nullptr);
+}
+
+TEST(UsdaParserTest, ReadsAttributesByTheirDeclaredTypes) {
+    const Layer layer = parse(R"(#usda 1.0
+def Mesh "M"
+{
+    point3f[] points = [(0, 1, 2), (3.5, -4e2, .5),]
+    int[] faceVertexIndices = [0, 1, +2, 3.0]
+    quatf xformOp:orient = (1, 0.5, 0.25, 0.125)
+    matrix4d xformOp:transform = ( (1, 0, 0, 0), (0, 1, 0, 0), (0, 0, 1, 0), (7, 8, 9, 1) )
+    half h = -inf
+    double3 d = (1e-300, 2, 3)
+    uniform token orientation = "leftHanded"
+    custom string note = "say \"hi\"\n\x41\101"
+    string poem = """two
+lines"""
+    asset file = @@@odd@@@
+    bool flag = true
+    texCoord2f[] primvars:st = [(0, 1)] (
+        interpolation = "faceVarying"
+        elementSize = 1
+        doc = """about st"""
+    )
+    int[] primvars:st:indices = None
+    float3 xformOp:translate.timeSamples = { 0: (1, 2, 3), 10: None, }
+    float inputs:opacity.connect = </M/Shader.outputs:a>
+    rel material:binding = <../Looks/Mat>
+    opaque unknownType = (1, [2])
+}
+)");
+    const auto* points = field(layer, "/M.points", "default").get<FloatArray>();
+    ASSERT_NE(points, nullptr);
+    EXPECT_EQ(points->width, 3);
+    EXPECT_EQ(points->values, (std::vector<float>{0, 1, 2, 3.5f, -400, 0.5f}));
+    EXPECT_EQ(field(layer, "/M.points", "typeName").get<Token>()->text, "point3f[]");
+    EXPECT_EQ(field(layer, "/M.faceVertexIndices", "default").get<IntArray>()->values, (std::vector<std::int64_t>{0, 1, 2, 3}));
+    const auto* orient = field(layer, "/M.xformOp:orient", "default").get<FloatArray>();
+    EXPECT_FALSE(orient->isArray);
+    EXPECT_EQ(orient->values, (std::vector<float>{0.5f, 0.25f, 0.125f, 1}));  // (i, j, k, real)
+    const auto* matrix = field(layer, "/M.xformOp:transform", "default").get<DoubleArray>();
+    EXPECT_EQ(matrix->width, 16);
+    EXPECT_EQ(matrix->values.at(12), 7);
+    EXPECT_TRUE(std::isinf(field(layer, "/M.h", "default").get<FloatArray>()->values.at(0)));
+    EXPECT_EQ(field(layer, "/M.d", "default").get<DoubleArray>()->values.at(0), 1e-300);
+    EXPECT_EQ(field(layer, "/M.orientation", "variability").get<Token>()->text, "uniform");
+    EXPECT_EQ(*field(layer, "/M.note", "default").get<std::string>(), "say \"hi\"\nAA");
+    EXPECT_TRUE(*field(layer, "/M.note", "custom").get<bool>());
+    EXPECT_EQ(*field(layer, "/M.poem", "default").get<std::string>(), "two\nlines");
+    EXPECT_EQ(field(layer, "/M.file", "default").get<AssetPath>()->path, "odd");
+    EXPECT_TRUE(*field(layer, "/M.flag", "default").get<bool>());
+    EXPECT_EQ(field(layer, "/M.primvars:st", "interpolation").get<Token>()->text, "faceVarying");
+    EXPECT_EQ(field(layer, "/M.primvars:st", "elementSize").get<IntArray>()->values.at(0), 1);
+    EXPECT_TRUE(field(layer, "/M.primvars:st:indices", "default").empty());  // blocked
+    const auto* samples = field(layer, "/M.xformOp:translate", "timeSamples").get<TimeSamples>();
+    ASSERT_EQ(samples->samples.size(), 2u);
+    EXPECT_EQ(samples->samples[0].second->get<FloatArray>()->values, (std::vector<float>{1, 2, 3}));
+    EXPECT_TRUE(samples->samples[1].second->empty());
+    EXPECT_EQ(*field(layer, "/M.inputs:opacity", "connectionPaths").get<PathArray>(), PathArray{"/M/Shader.outputs:a"});
+    EXPECT_EQ(*field(layer, "/M.material:binding", "targetPaths").get<PathArray>(), PathArray{"/Looks/Mat"});
+    EXPECT_TRUE(field(layer, "/M.unknownType", "default").empty());
+    EXPECT_EQ(tokens(field(layer, "/M", "properties")).size(), 17u);
+}
+
+TEST(UsdaParserTest, CombinesListOpsForReferencesPayloadsAndVariantSets) {
+    const Layer layer = parse(R"(#usda 1.0
+def "A" (
+    references = @./base.usda@</Base>
+    append references = [@other.usda@ (offset = 10; scale = 2), </Internal>]
+    prepend references = @first.usda@
+    delete references = @other.usda@
+    payload = @heavy.usda@
+    variants = { string shading = "red" }
+    prepend variantSets = ["shading", "size"]
+)
+{
+    variantSet "shading" = {
+        "blue" ( references = @blue.usda@ ) {
+            def Mesh "Cup" { float size = 2 }
+        }
+        "red" {
+            over "Cup" { }
+            float tint = 1
+            variantSet "gloss" = { "matte" { } }
+        }
+    }
+}
+)");
+    const auto* refs = field(layer, "/A", "references").get<ReferenceArray>();
+    ASSERT_NE(refs, nullptr);
+    ASSERT_EQ(refs->size(), 3u);
+    EXPECT_EQ((*refs)[0].assetPath, "first.usda");
+    EXPECT_EQ((*refs)[1].assetPath, "./base.usda");
+    EXPECT_EQ((*refs)[1].primPath, "/Base");
+    EXPECT_EQ((*refs)[2].assetPath, "");
+    EXPECT_EQ((*refs)[2].primPath, "/Internal");
+    EXPECT_EQ(field(layer, "/A", "payload").get<ReferenceArray>()->at(0).assetPath, "heavy.usda");
+    EXPECT_EQ(field(layer, "/A", "variantSelection").get<VariantSelection>()->at("shading"), "red");
+    EXPECT_EQ(field(layer, "/A", "variantSetNames").get<StringArray>()->values, (std::vector<std::string>{"shading", "size"}));
+    EXPECT_EQ(tokens(field(layer, "/A", "variantSetChildren")), std::vector<std::string>{"shading"});
+    EXPECT_EQ(tokens(field(layer, "/A{shading=}", "variantChildren")), (std::vector<std::string>{"blue", "red"}));
+    EXPECT_EQ(layer.spec("/A{shading=blue}")->type, SpecType::variant);
+    EXPECT_EQ(field(layer, "/A{shading=blue}", "references").get<ReferenceArray>()->at(0).assetPath, "blue.usda");
+    EXPECT_EQ(field(layer, "/A{shading=blue}Cup.size", "default").get<FloatArray>()->values.at(0), 2);
+    EXPECT_EQ(tokens(field(layer, "/A{shading=red}", "primChildren")), std::vector<std::string>{"Cup"});
+    EXPECT_NE(layer.spec("/A{shading=red}.tint"), nullptr);
+    EXPECT_NE(layer.spec("/A{shading=red}{gloss=matte}"), nullptr);
+}
+
+TEST(UsdaParserTest, RejectsBrokenTextWithALineNumber) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "does not start with #usda"},
+        {"<html><body>404</body></html>", "does not start with #usda"},
+        {"#usda 1.0\ndef \"A\" {\n  string s = \"open\n}\n", "line 3: line break in string"},
+        {"#usda 1.0\ndef \"A\" {\n", "missing '}'"},
+        {"#usda 1.0\ndef \"A\" { double d = 1e999 }", "out of range"},
+        {"#usda 1.0\ndef \"A\" { float f = 1e39 }", "out of range for float"},
+        {"#usda 1.0\ndef \"A\" { int i = 99999999999999999999 }", "not an integer in range"},
+        {"#usda 1.0\ndef \"A\" { float3 v = (1, 2) }", "wrong number of components"},
+        {"#usda 1.0\ndef \"A/B\" { }", "invalid prim name"},
+        {"#usda 1.0\ndef \"A\" { rel r = <../../X> }", "climbs above the root"},
+        {"#usda 1.0\ndef \"A\" { float f = 1 } }", "expected a prim"},
+        {"#usda 1.0\n(\n other = )", "unbalanced"},
+        {"#usda 1.0\ndef \"A\" { float f = " + std::string(100000, '(') + "1" + std::string(100000, ')') + " }",
+         "nested too deeply"},
+        {"#usda 1.0\n(customLayerData = " + std::string(100000, '{') + ")", "unexpected end"},
+    };
+    for (const auto& [text, message] : cases) {
+        const auto layer = UsdaParser::parse(text, "bad.usda");
+        ASSERT_FALSE(layer.ok()) << text.substr(0, 60);
+        EXPECT_EQ(layer.error().code(), static_cast<int>(ImportErrorCode::malformedData));
+        EXPECT_NE(layer.error().localizedDescription().find(message), std::string::npos)
+            << layer.error().localizedDescription();
+    }
+    std::string deepPrims = "#usda 1.0\n";
+    for (int i = 0; i < 200; ++i) deepPrims += "def \"P\" {\n";
+    EXPECT_FALSE(UsdaParser::parse(deepPrims + std::string(200, '}'), "deep.usda").ok());
+}
+
+TEST(UsdaParserTest, EveryTruncationOfAValidLayerEndsCleanly) {
+    const std::string text = R"(#usda 1.0
+( defaultPrim = "A" )
+def Xform "A" ( references = @x.usda@</B> variants = { string v = "a" } )
+{
+    float3[] points = [(1, 2, 3)] ( interpolation = "vertex" )
+    variantSet "v" = { "a" { def "C" { rel r = </A> } } }
+}
+)";
+    for (std::size_t n = 0; n < text.size(); ++n) (void)UsdaParser::parse(text.substr(0, n), "cut.usda");
+    EXPECT_TRUE(UsdaParser::parse(text, "whole.usda").ok());
+}
+
+} // namespace
+} // namespace orvanta::import::usd
