@@ -5,7 +5,8 @@
 //
 // Frames come from a repeating timer on the clock queue (60 Hz by default); tests give the
 // session a ManualScheduler and advance it frame by frame. A frame step makes no heap
-// allocation once buffers have grown, provided the delegate queue is the clock queue.
+// allocation once buffers have grown, provided the delegate queue is the clock queue (the
+// clock's own timer bookkeeping aside: SteppedClock has none, ManualScheduler does).
 // Thread: every method on the clock queue (the main queue by default).
 
 #include "arsession/ARFrame.h"

@@ -10,9 +10,7 @@ namespace orvanta::arsession {
 
 namespace {
 
-constexpr const char* errorDomain = "FrameRecordError";
-
-core::Error malformed(const std::string& what) { return core::Error(errorDomain, 1, "Malformed frame record: " + what); }
+core::Error malformed(const std::string& what) { return core::Error(FrameRecord::errorDomain, 1, "Malformed frame record: " + what); }
 
 QJsonArray numbers(const float* values, int count) {
     QJsonArray array;

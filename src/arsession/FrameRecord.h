@@ -17,10 +17,13 @@ namespace orvanta::arsession {
 
 class FrameRecord {
 public:
+    // Errors of recordings: code 1 a malformed line, 2 a file that cannot be written, 3 a file
+    // that cannot be read; the message names the problem.
+    static constexpr const char* errorDomain = "FrameRecordError";
+
     // One line without its newline.
     static QByteArray encode(const ARFrame& frame);
-    // The frame in `line`, or an error (domain "ARErrorDomain"-independent: "FrameRecordError",
-    // code 1, message naming what is wrong) for malformed text.
+    // The frame in `line`, or an error (code 1) for malformed text.
     static std::variant<ARFrame, core::Error> decode(const QByteArray& line);
 };
 

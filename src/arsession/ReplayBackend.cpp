@@ -12,7 +12,7 @@ namespace orvanta::arsession {
 std::variant<std::unique_ptr<ReplayBackend>, core::Error> ReplayBackend::load(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return core::Error("FrameRecordError", 3,
+        return core::Error(FrameRecord::errorDomain, 3,
                            "Cannot read the recording " + path.toStdString() + ": " + file.errorString().toStdString());
     std::vector<ARFrame> frames;
     while (!file.atEnd()) {

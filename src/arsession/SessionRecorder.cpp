@@ -9,7 +9,7 @@ std::variant<std::unique_ptr<SessionRecorder>, core::Error> SessionRecorder::mak
     auto recorder = std::make_unique<SessionRecorder>(Passkey{});
     recorder->file_.setFileName(path);
     if (!recorder->file_.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return core::Error("FrameRecordError", 2,
+        return core::Error(FrameRecord::errorDomain, 2,
                            "Cannot write the recording " + path.toStdString() + ": " +
                                recorder->file_.errorString().toStdString());
     recorder->subscription_ = session.observeFrames([r = recorder.get()](const ARFrame& frame) { r->write(frame); });

@@ -1,7 +1,8 @@
 #pragma once
 // Base of the gestures installed on an entity. A gesture begins only when the fingers it
-// needs touch down and one of them (or their midpoint) hits the entity's collision shapes
-// (its own or a descendant's); it then follows the fingers until they lift. The entity is
+// needs touch down while the entity is shown (Entity::isActive) and one of them (or their
+// midpoint) hits the entity's collision shapes (its own or a descendant's); it then follows
+// the fingers until one lifts or another joins. The entity is
 // held weakly; the view is the one that installed the gesture.
 // Thread: every method on the main thread.
 
