@@ -47,7 +47,7 @@ const UsdStage::Property* UsdStage::Prim::property(const std::string& name) cons
     return it == properties.end() ? nullptr : &*it;
 }
 
-// One place a prim's opinions come from: the spec at `path` in `layer`. Paths written in
+// One place a prim's opinions come from: a layer's Spec at `path` in `layer`. Paths written in
 // that layer at or below `mapFrom` stand for stage paths below `mapTo`.
 struct UsdStage::Site {
     int layer = 0;

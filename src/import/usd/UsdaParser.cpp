@@ -249,7 +249,7 @@ private:
         return true;
     }
 
-    // The spec at `path`, created on first use and then listed in its parent's `listField`.
+    // layer_.specs[path], created on first use and then listed in its parent's `listField`.
     Spec& specAt(const std::string& path, SpecType type, const std::string& parent, const char* listField,
                  std::string_view name) {
         auto [it, inserted] = layer_.specs.try_emplace(path);
