@@ -17,14 +17,17 @@ namespace orvanta::import::usd {
 
 class CrateIntegerCoding {
 public:
-    // Decodes `out.size()` integers from an already decompressed block. Int is std::int32_t or
-    // std::int64_t (unsigned values have the same bits). Throws CrateFormatError when
-    // `encoded` is too short. Thread: any.
-    template <class Int> static void decode(std::span<const std::uint8_t> encoded, std::span<Int> out);
+    // Appends `count` integers decoded from an already decompressed block to `out`. Int is the
+    // coded type (std::int32_t, std::uint32_t, std::int64_t or std::uint64_t); each value is
+    // converted to Out as that type. Throws CrateFormatError when `encoded` is too short.
+    // Thread: any.
+    template <class Int, class Out>
+    static void decode(std::span<const std::uint8_t> encoded, std::uint64_t count, std::vector<Out>& out);
 
     // Reads one compressed block of `count` integers at the cursor (uint64 size, LZ4 blob),
-    // charging the decoded data to `budget`. Thread: any.
-    template <class Int> static std::vector<Int> read(CrateCursor& cursor, std::uint64_t count, CrateBudget& budget);
+    // charging the working memory and the result to `budget`. Thread: any.
+    template <class Int, class Out = Int>
+    static std::vector<Out> read(CrateCursor& cursor, std::uint64_t count, CrateBudget& budget);
 };
 
 } // namespace orvanta::import::usd

@@ -301,17 +301,10 @@ Value CrateValueReader::readNumericArray(const Numeric& numeric, CrateCursor& at
     }
     if (!isInteger(numeric.component)) return readCompressedReals(numeric, at, count);
     IntArray out;
-    if (numeric.component == Component::i64 || numeric.component == Component::u64) {
-        out.values = CrateIntegerCoding::read<std::int64_t>(at, count, budget_);
-    } else {
-        const std::vector<std::int32_t> values = CrateIntegerCoding::read<std::int32_t>(at, count, budget_);
-        budget_.charge(count * sizeof(std::int64_t));
-        out.values.resize(values.size());
-        if (numeric.component == Component::u32) {
-            for (std::size_t i = 0; i < values.size(); ++i) out.values[i] = static_cast<std::uint32_t>(values[i]);
-        } else {
-            for (std::size_t i = 0; i < values.size(); ++i) out.values[i] = values[i];
-        }
+    switch (numeric.component) {
+    case Component::i32: out.values = CrateIntegerCoding::read<std::int32_t, std::int64_t>(at, count, budget_); break;
+    case Component::u32: out.values = CrateIntegerCoding::read<std::uint32_t, std::int64_t>(at, count, budget_); break;
+    default: out.values = CrateIntegerCoding::read<std::int64_t>(at, count, budget_); break;
     }
     return Value{std::move(out)};
 }
