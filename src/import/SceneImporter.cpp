@@ -2,6 +2,7 @@
 
 #include "import/AssimpImporter.h"
 #include "import/ImportError.h"
+#include "import/usd/UsdImporter.h"
 
 #include <QFile>
 
@@ -45,8 +46,7 @@ core::Result<ImportedScene> SceneImporter::importFile(const std::string& path) {
     switch (sniff(bytes)) {
     case ModelFormat::usdz:
     case ModelFormat::usdc:
-    case ModelFormat::usda:
-        return importError(ImportErrorCode::unsupportedFeature, "USD files cannot be read yet: " + path);
+    case ModelFormat::usda: return usd::UsdImporter::importFile(path);
     case ModelFormat::glb: return AssimpImporter::importFile(path, "glb");
     case ModelFormat::gltf: return AssimpImporter::importFile(path, "gltf");
     case ModelFormat::other: return AssimpImporter::importFile(path, "other");

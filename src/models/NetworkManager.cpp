@@ -8,7 +8,6 @@
 #include "models/ModelEntityLoader.h"
 #include "scenegraph/SceneSource.h"
 
-#include <QSaveFile>
 
 #include <filesystem>
 
@@ -21,13 +20,14 @@ bool fileExists(const core::Url& url) {
     return std::filesystem::exists(url.path(), ignored);
 }
 
-// Writes the whole body next to its final place and renames it there, so an interrupted
-// write never leaves a file that would count as cached.
-core::Url writeAtomically(const QByteArray& body, const core::Url& destination) {
-    QSaveFile file(QString::fromStdString(destination.path()));
-    if (!file.open(QIODevice::WriteOnly) || file.write(body) != body.size() || !file.commit())
-        throw core::Error("FileWriteError", static_cast<int>(file.error()),
-                          "Could not write " + destination.path() + ": " + file.errorString().toStdString());
+// Moves a finished download to its place in the cache. The body was streamed into a hidden
+// file beside it, so an interrupted transfer never leaves a file that would count as cached.
+core::Url moveIntoCache(const net::DownloadedFile& download, const core::Url& destination) {
+    std::error_code error;
+    std::filesystem::rename(download.path(), destination.path(), error);
+    if (error)
+        throw core::Error("FileWriteError", error.value(), "Could not write " + destination.path() + ": " + error.message());
+    download.keep();
     return destination;
 }
 
@@ -54,8 +54,9 @@ core::Publisher<core::Url> NetworkManager::downloadAndCacheModel(const core::Url
         return core::Just(destination);
     }
     // The response status is deliberately not examined: whatever body arrives is the model.
-    return session_->get(from).tryMap([destination](const net::HttpResponse& response) {
-        writeAtomically(response.body, destination);
+    const std::string cacheDirectory = core::TemporaryDirectory::url().path();
+    return session_->download(from, cacheDirectory).tryMap([destination](const net::DownloadedFile& download) {
+        moveIntoCache(download, destination);
         core::Log::print("Downloaded and saved model to: " + destination.path());
         return destination;
     });

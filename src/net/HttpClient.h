@@ -1,13 +1,13 @@
 #pragma once
-// Plain HTTP(S) GETs of whole bodies, run on the client's own worker thread. Nothing is
-// added to a request (no headers of the kit's, no credentials), and the response status is
-// handed over, never judged.
+// Plain HTTP(S) GETs of whole bodies, run on the client's own worker thread and streamed
+// to disk as they arrive. Nothing is added to a request (no headers of the kit's, no
+// credentials), and the response status is handed over, never judged.
 // Thread: get() from any thread; delivery happens on the client's worker thread.
 
 #include "core/EventLoopScheduler.h"
 #include "core/Publisher.h"
 #include "core/Url.h"
-#include "net/HttpResponse.h"
+#include "net/DownloadedFile.h"
 
 #include <chrono>
 #include <memory>
@@ -27,15 +27,17 @@ public:
     // The process-wide client (made on first use).
     static std::shared_ptr<HttpClient> shared();
 
-    // A cold stream: each subscription makes one GET and publishes the response once, or
-    // fails with a "URLError" error. Cancelling the subscription aborts the transfer.
-    core::Publisher<HttpResponse> get(const core::Url& url) const;
+    // A cold stream: each subscription makes one GET, writes the body to a new hidden file
+    // in `directory` and publishes it once; or fails with a "URLError" error (transfer) or a
+    // "FileWriteError" error (disk), leaving no file. Cancelling aborts the transfer.
+    core::Publisher<DownloadedFile> download(const core::Url& url, const std::string& directory) const;
 
     // The worker thread's queue (where results are delivered).
     const std::shared_ptr<core::EventLoopScheduler>& queue() const { return worker_; }
 
 private:
-    void start(const core::Url& url, const std::shared_ptr<core::Sink<HttpResponse>>& sink) const;
+    void start(const core::Url& url, const std::string& directory,
+               const std::shared_ptr<core::Sink<DownloadedFile>>& sink) const;
 
     std::shared_ptr<core::EventLoopScheduler> worker_;
     std::unique_ptr<QNetworkAccessManager> manager_; // lives on the worker thread

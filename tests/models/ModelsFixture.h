@@ -34,6 +34,7 @@ protected:
     std::string cachePath(const std::string& name) const {
         return QDir(cacheDir_.path()).filePath(QString::fromStdString(name)).toStdString();
     }
+    // Every file in the cache directory, hidden ones (unfinished downloads) included.
     QStringList cacheFiles() const { return QDir(cacheDir_.path()).entryList(QDir::Files | QDir::Hidden); }
     void serveModel(const std::string& path, int nodeCount = 3) {
         Route route;
