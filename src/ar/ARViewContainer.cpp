@@ -2,7 +2,6 @@
 
 #include "ar/ARViewContainerCoordinator.h"
 #include "ar/ARViewCoaching.h"
-#include "arsession/ARWorldTrackingConfiguration.h"
 #include "core/Dispatch.h"
 #include "core/Log.h"
 #include "focus/FocusIndicator.h"
@@ -30,11 +29,9 @@ std::shared_ptr<reality::ARView> ARViewContainer::makeUIView(const Context& cont
 
     context.coordinator->focusIndicator = focus::FocusIndicator::make(view, focus::FocusIndicatorComponent::classic());
 
-    arsession::ARWorldTrackingConfiguration configuration;
-    configuration.planeDetection = arsession::ARWorldTrackingConfiguration::horizontal;
     context.coordinator->coachingOverlay = addCoaching(*view, context.coordinator);
     view->session()->setDelegate(context.coordinator);
-    view->session()->run(configuration, arsession::ARSession::noOptions);
+    view->session()->run(horizontalPlaneTracking(), arsession::ARSession::noOptions);
     return view;
 }
 
@@ -60,6 +57,12 @@ void ARViewContainer::updateUIView(const std::shared_ptr<reality::ARView>& uiVie
         uiView->installGestures(reality::EntityGestures::all, model);
         loaded.set(true);
     });
+}
+
+arsession::ARWorldTrackingConfiguration ARViewContainer::horizontalPlaneTracking() {
+    arsession::ARWorldTrackingConfiguration configuration;
+    configuration.planeDetection = arsession::ARWorldTrackingConfiguration::horizontal;
+    return configuration;
 }
 
 void ARViewContainer::clearExistingAnchors(reality::ARView& arView) {

@@ -14,6 +14,7 @@
 
 #include "ar/Binding.h"
 #include "ar/TrackingStateEnum.h"
+#include "arsession/ARWorldTrackingConfiguration.h"
 #include "arsession/SessionBackend.h"
 #include "reality/ARView.h"
 #include "reality/ModelEntity.h"
@@ -63,6 +64,8 @@ public:
 
 private:
     static void clearExistingAnchors(reality::ARView& arView);
+    // World tracking that detects horizontal planes only, nothing else changed.
+    static arsession::ARWorldTrackingConfiguration horizontalPlaneTracking();
 
     BackendFactory makeBackend_;
 };

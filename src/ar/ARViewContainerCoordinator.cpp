@@ -1,6 +1,5 @@
 #include "ar/ARViewContainerCoordinator.h"
 
-#include "arsession/ARWorldTrackingConfiguration.h"
 #include "core/Error.h"
 #include "core/Log.h"
 
@@ -53,11 +52,9 @@ void ARViewContainer::Coordinator::resetARSession() {
     const auto view = parent.arView.get();
     if (!view) return;
     core::Log::print("resetARSession");
-    arsession::ARWorldTrackingConfiguration configuration;
-    configuration.planeDetection = arsession::ARWorldTrackingConfiguration::horizontal;
     // Kept alive by the view's scene, not by this coordinator, until the anchors are cleared.
     focus::FocusIndicator::make(view, focus::FocusIndicatorComponent::classic());
-    view->session()->run(configuration,
+    view->session()->run(ARViewContainer::horizontalPlaneTracking(),
                          arsession::ARSession::resetTracking | arsession::ARSession::removeExistingAnchors);
     ARViewContainer::clearExistingAnchors(*view);
 }

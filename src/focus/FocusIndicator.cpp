@@ -6,7 +6,6 @@
 #include "reality/ARView.h"
 
 #include <cassert>
-#include <numbers>
 
 namespace orvanta::focus {
 
