@@ -1,5 +1,4 @@
 #include "focus/FocusMath.h"
-#include "focus/Matrix4x4Extensions.h"
 
 #include <gtest/gtest.h>
 
@@ -82,23 +81,4 @@ TEST(FocusMath, YawIsTheTurnAboutWorldUp) {
                     QQuaternion::fromAxisAndAngle(1, 0, 0, -20.0f)),
                 -kPi / 4, 1e-5f);
     EXPECT_FLOAT_EQ(yaw(QQuaternion::fromAxisAndAngle(1, 0, 0, 90.0f)), 0.0f); // looking up
-}
-
-TEST(Matrix4x4Extensions, TranslationAndOrientationOfARigidTransform) {
-    QMatrix4x4 m;
-    const QQuaternion rotation = QQuaternion::fromAxisAndAngle(QVector3D(1, 2, 3).normalized(), 40.0f);
-    m.translate(1, -2, 3);
-    m.rotate(rotation);
-    m.scale(2.0f, 0.5f, 3.0f);
-    EXPECT_EQ(translation(m), QVector3D(1, -2, 3));
-    EXPECT_NEAR(std::abs(QQuaternion::dotProduct(orientation(m), rotation)), 1.0f, 1e-5f);
-
-    setTranslation(m, QVector3D(4, 5, 6));
-    EXPECT_EQ(translation(m), QVector3D(4, 5, 6));
-    EXPECT_NEAR(std::abs(QQuaternion::dotProduct(orientation(m), rotation)), 1.0f, 1e-5f);
-    EXPECT_EQ(m(3, 3), 1.0f);
-
-    QMatrix4x4 degenerate;
-    degenerate.scale(0.0f);
-    EXPECT_EQ(orientation(degenerate), QQuaternion());
 }
