@@ -2,6 +2,8 @@
 
 #include <QGenericMatrix>
 
+#include <cmath>
+
 namespace orvanta::reality {
 
 QMatrix4x4 Transform::matrix() const {
