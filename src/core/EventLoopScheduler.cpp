@@ -31,6 +31,13 @@ EventLoopScheduler::~EventLoopScheduler() {
     // loop ends is carried out when the thread finishes.
     ownContext_.release()->deleteLater();
     ownThread_->quit();
+    if (QThread::currentThread() == ownThread_.get()) {
+        // Released by one of its own tasks: a thread cannot wait for itself, so it is
+        // handed to Qt to delete once its loop has ended.
+        QThread* thread = ownThread_.release();
+        QObject::connect(thread, &QThread::finished, thread, &QObject::deleteLater);
+        return;
+    }
     ownThread_->wait();
 }
 

@@ -62,11 +62,17 @@ core::Publisher<core::Url> NetworkManager::downloadAndCacheModel(const core::Url
     });
 }
 
-core::Publisher<NetworkManager::ModelEntityPtr> NetworkManager::loadModel(const std::string& from) {
-    const auto url = core::Url::fromString(from);
-    if (!url) return core::Fail<ModelEntityPtr>(ARModelError::invalidEntityURL());
+template <class T>
+core::Publisher<T> NetworkManager::fetchThenLoad(const std::string& link, const core::Error& invalidLink,
+                                                 core::Publisher<T> (NetworkManager::*loadLocal)(const core::Url&)) {
+    const auto url = core::Url::fromString(link);
+    if (!url) return core::Fail<T>(invalidLink);
     return downloadAndCacheModel(*url).flatMap(
-        [self = shared_from_this()](const core::Url& local) { return self->loadModelFromLocalURL(local); });
+        [self = shared_from_this(), loadLocal](const core::Url& local) { return ((*self).*loadLocal)(local); });
+}
+
+core::Publisher<NetworkManager::ModelEntityPtr> NetworkManager::loadModel(const std::string& from) {
+    return fetchThenLoad(from, ARModelError::invalidEntityURL(), &NetworkManager::loadModelFromLocalURL);
 }
 
 core::Publisher<NetworkManager::ModelEntityPtr> NetworkManager::loadModelFromLocalURL(const core::Url& url) {
@@ -80,10 +86,7 @@ core::Publisher<NetworkManager::ModelEntityPtr> NetworkManager::loadModelFromLoc
 }
 
 core::Publisher<NetworkManager::SceneNodePtr> NetworkManager::loadSceneKitModel(const std::string& from) {
-    const auto url = core::Url::fromString(from);
-    if (!url) return core::Fail<SceneNodePtr>(ARModelError::invalidSceneKitURL());
-    return downloadAndCacheModel(*url).flatMap(
-        [self = shared_from_this()](const core::Url& local) { return self->loadSceneKitModelFromLocalURL(local); });
+    return fetchThenLoad(from, ARModelError::invalidSceneKitURL(), &NetworkManager::loadSceneKitModelFromLocalURL);
 }
 
 core::Publisher<NetworkManager::SceneNodePtr> NetworkManager::loadSceneKitModelFromLocalURL(const core::Url& url) {

@@ -52,6 +52,12 @@ protected:
     virtual core::Result<core::Url> getLocalFileURL(const core::Url& url) const;
 
 private:
+    // Parses `link` (failing with `invalidLink`), fetches it through the cache, then hands
+    // the local file to `loadLocal`. The running load keeps this manager alive.
+    template <class T>
+    core::Publisher<T> fetchThenLoad(const std::string& link, const core::Error& invalidLink,
+                                     core::Publisher<T> (NetworkManager::*loadLocal)(const core::Url&));
+
     std::shared_ptr<net::HttpClient> session_;
 };
 
