@@ -3,6 +3,12 @@
 // paths and field names the text reader produces. The bytes are read in place (they may be
 // an entry of a memory-mapped USDZ package); every offset, count and size is checked against
 // them, and decoded data is capped by a memory budget derived from the file size.
+//
+// Values as stored: specifier, variability and permission become Tokens ("def", "uniform",
+// ...); token, string and path list ops become TokenArray, StringArray and PathArray holding
+// their explicit, added, prepended and appended items; references and payloads (list op or
+// single) become ReferenceArray; asset[] and bool[] become StringArray and IntArray; int2-4
+// vectors are flattened into IntArray. Relationships carry no typeName field.
 // Thread: stateless; any thread.
 
 #include "core/Result.h"

@@ -88,9 +88,10 @@ std::int64_t loadInteger(Component c, const std::uint8_t* at) {
     }
 }
 
-Token enumToken(std::uint64_t value, std::initializer_list<const char*> names) {
-    if (value >= names.size()) throw CrateFormatError("enum value " + std::to_string(value) + " out of range");
-    return Token{names.begin()[value]};
+// The name of an enum value; a value this reader does not know reads as an empty Value.
+Value enumToken(std::uint64_t value, std::initializer_list<const char*> names) {
+    if (value >= names.size()) return Value{};
+    return Value{Token{names.begin()[value]}};
 }
 
 } // namespace
@@ -162,9 +163,9 @@ Value CrateValueReader::unpackInlined(std::uint8_t type, std::uint64_t payload) 
     case typeString: return Value{tables_.string(low)};
     case typeToken: return Value{Token{tables_.token(low)}};
     case typeAssetPath: return Value{AssetPath{tables_.token(low)}};
-    case typeSpecifier: return Value{enumToken(low, {"def", "over", "class"})};
-    case typePermission: return Value{enumToken(low, {"public", "private"})};
-    case typeVariability: return Value{enumToken(low, {"varying", "uniform"})};
+    case typeSpecifier: return enumToken(low, {"def", "over", "class"});
+    case typePermission: return enumToken(low, {"public", "private"});
+    case typeVariability: return enumToken(low, {"varying", "uniform", "config"});
     case typeDictionary: return Value{Dictionary{}};
     default: break;
     }
@@ -411,7 +412,10 @@ TimeSamples CrateValueReader::readTimeSamples(CrateCursor& at, int depth) {
     const std::size_t from = times.tell();
     values.jump(from, times.read<std::int64_t>());
     const auto count = values.read<std::uint64_t>();
-    if (count != timeArray->values.size()) throw CrateFormatError("time samples have more values than times");
+    if (count != timeArray->values.size()) {
+        throw CrateFormatError("time samples have " + std::to_string(count) + " values for " +
+                               std::to_string(timeArray->values.size()) + " times");
+    }
     TimeSamples samples;
     samples.samples.reserve(static_cast<std::size_t>(count));
     for (std::uint64_t i = 0; i < count; ++i) {
