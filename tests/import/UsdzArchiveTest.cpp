@@ -11,6 +11,7 @@
 #include <unistd.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -293,6 +294,14 @@ TEST(UsdzArchive, BrokenOrHostilePackagesEndInClearErrors) {
     Bytes overlong = ZipBuilder().add("dish.usda", "#usda 1.0\n").build();
     overlong[18] = 0xff; overlong[19] = 0xff; overlong[22] = 0xff; overlong[23] = 0xff;
     expectError(openBytes(overlong), C::malformedData, "declares 65535 bytes but the file ends");
+
+    // The directory disagrees with the local header about a size.
+    Bytes disagreeing = ZipBuilder().add("dish.usda", "#usda 1.0\n").build();
+    const std::uint8_t centralSignature[] = {0x50, 0x4b, 0x01, 0x02};
+    const auto central = std::search(disagreeing.begin(), disagreeing.end(), std::begin(centralSignature), std::end(centralSignature));
+    ASSERT_NE(central, disagreeing.end());
+    central[20] = 9; central[24] = 9;
+    expectError(openBytes(disagreeing), C::malformedData, "disagree on the entry's size");
 
     expectError(openBytes(ZipBuilder().add("dish.usda", "a").add("b.png", "b").build(1)), C::malformedData,
                 "the central directory lists 1 entries, the archive holds 2");

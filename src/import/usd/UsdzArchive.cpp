@@ -173,7 +173,7 @@ core::Result<UsdzArchive> UsdzArchive::open(Bytes bytes, std::shared_ptr<const v
     UsdzArchive archive;
     std::shared_ptr<InflatedStorage> inflated;
     std::uint64_t inflatedTotal = 0;
-    std::vector<std::size_t> headerOffsets;
+    std::vector<CentralRecord> walked;  // what the local headers say, to compare with the directory
     std::size_t at = 0;
     while (hasSignature(bytes, at, localHeaderSignature)) {
         if (bytes.size() - at < localHeaderSize) return malformed("local header at " + std::to_string(at) + " is truncated");
@@ -230,7 +230,7 @@ core::Result<UsdzArchive> UsdzArchive::open(Bytes bytes, std::shared_ptr<const v
         } else {
             return unsupported("entry '" + name + "' uses compression method " + std::to_string(method));
         }
-        headerOffsets.push_back(at);
+        walked.push_back({at, crc, compressedSize, size});
         at = dataAt + compressedSize;
         if (flags & flagDataDescriptor) at += hasSignature(bytes, at, dataDescriptorSignature) ? 16 : 12;
 
@@ -240,15 +240,19 @@ core::Result<UsdzArchive> UsdzArchive::open(Bytes bytes, std::shared_ptr<const v
         archive.entries_.push_back({std::move(path), data});
     }
 
-    // Every central record must name one of the entries just walked, with the same size.
-    if (directory.size() != headerOffsets.size()) {
+    // Every central record must name one of the entries just walked, with the same sizes.
+    if (directory.size() != walked.size()) {
         return malformed("the central directory lists " + std::to_string(directory.size()) + " entries, the archive holds " +
-                         std::to_string(headerOffsets.size()));
+                         std::to_string(walked.size()));
     }
     for (std::size_t i = 0; i < directory.size(); ++i) {
-        if (directory[i].localHeaderOffset != headerOffsets[i]) {
+        if (directory[i].localHeaderOffset != walked[i].localHeaderOffset) {
             return malformed("the central directory names an entry at " + std::to_string(directory[i].localHeaderOffset) +
                              " where there is none");
+        }
+        if (directory[i].compressedSize != walked[i].compressedSize || directory[i].size != walked[i].size) {
+            return malformed("the central directory and the local header at " +
+                             std::to_string(walked[i].localHeaderOffset) + " disagree on the entry's size");
         }
     }
     if (archive.entries_.empty()) return malformed("the package holds no files");
