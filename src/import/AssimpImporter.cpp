@@ -11,8 +11,10 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cstring>
 #include <functional>
 #include <map>
+#include <optional>
 
 namespace orvanta::import {
 
@@ -30,13 +32,27 @@ public:
 
     ImportedScene run(std::string format) {
         scene_.format = std::move(format);
-        for (unsigned i = 0; i < source_.mNumMaterials; ++i) scene_.materials.push_back(material(*source_.mMaterials[i]));
+        materialCount_ = usedMaterialCount();
+        for (unsigned i = 0; i < materialCount_; ++i) scene_.materials.push_back(material(*source_.mMaterials[i]));
         for (unsigned i = 0; i < source_.mNumMeshes; ++i) scene_.meshes.push_back(mesh(*source_.mMeshes[i]));
         addNode(*source_.mRootNode, -1);
         return std::move(scene_);
     }
 
 private:
+    // Assimp appends a fallback material for meshes that name none (unnamed for glTF,
+    // "DefaultMaterial" for other formats). Left unused, it is not part of the model, so it
+    // is dropped and the material list matches the file.
+    unsigned usedMaterialCount() const {
+        const unsigned count = source_.mNumMaterials;
+        if (count == 0) return count;
+        const aiString name = source_.mMaterials[count - 1]->GetName();
+        if (name.length != 0 && name != aiString(AI_DEFAULT_MATERIAL_NAME)) return count;
+        for (unsigned i = 0; i < source_.mNumMeshes; ++i)
+            if (source_.mMeshes[i]->mMaterialIndex == count - 1) return count;
+        return count - 1;
+    }
+
     int addNode(const aiNode& source, int parent) {
         const int index = static_cast<int>(scene_.nodes.size());
         ImportedNode node;
@@ -79,7 +95,7 @@ private:
             if (face.mNumIndices != 3) continue;
             mesh.indices.insert(mesh.indices.end(), face.mIndices, face.mIndices + 3);
         }
-        const int material = source.mMaterialIndex < source_.mNumMaterials ? static_cast<int>(source.mMaterialIndex) : -1;
+        const int material = source.mMaterialIndex < materialCount_ ? static_cast<int>(source.mMaterialIndex) : -1;
         mesh.subsets.push_back({0, static_cast<std::uint32_t>(mesh.indices.size()), material});
         return mesh;
     }
@@ -133,8 +149,22 @@ private:
     const aiScene& source_;
     QString baseDir_;
     ImportedScene scene_;
+    unsigned materialCount_ = 0;
     std::map<std::string, int> textureIndex_;
 };
+
+// Assimp has no reader for the glTF 1.0 binary container (GLB version 1) and would answer
+// "no suitable reader"; name the real reason instead.
+std::optional<core::Error> unsupportedGlbVersion(std::span<const std::uint8_t> head) {
+    if (head.size() < 8 || std::memcmp(head.data(), "glTF", 4) != 0) return std::nullopt;
+    std::uint32_t version = 0;
+    std::memcpy(&version, head.data() + 4, 4); // little-endian, as is every machine we build for
+    if (version == 2) return std::nullopt;
+    if (version == 1)
+        return importError(ImportErrorCode::unsupportedFeature, "glTF 1.0 binary files are not supported; only glTF 2.0 is read");
+    return importError(ImportErrorCode::unsupportedFeature,
+                       "GLB container version " + std::to_string(version) + " is not supported; only version 2 (glTF 2.0) is read");
+}
 
 core::Result<ImportedScene> convert(const Assimp::Importer& importer, const aiScene* scene, QString baseDir,
                                     std::string format) {
@@ -152,12 +182,20 @@ core::Result<ImportedScene> convert(const Assimp::Importer& importer, const aiSc
 } // namespace
 
 core::Result<ImportedScene> AssimpImporter::importFile(const std::string& path, std::string formatName) {
+    QFile file(QString::fromStdString(path));
+    if (file.open(QIODevice::ReadOnly)) {
+        const QByteArray head = file.read(8);
+        if (auto error = unsupportedGlbVersion(std::span(reinterpret_cast<const std::uint8_t*>(head.constData()),
+                                                         static_cast<std::size_t>(head.size()))))
+            return *error;
+    }
     Assimp::Importer importer;
     const aiScene* scene = importer.ReadFile(path, postProcessing);
     return convert(importer, scene, QFileInfo(QString::fromStdString(path)).absolutePath(), std::move(formatName));
 }
 
 core::Result<ImportedScene> AssimpImporter::importBytes(std::span<const std::uint8_t> bytes, const std::string& extensionHint) {
+    if (auto error = unsupportedGlbVersion(bytes)) return *error;
     Assimp::Importer importer;
     const aiScene* scene = importer.ReadFileFromMemory(bytes.data(), bytes.size(), postProcessing, extensionHint.c_str());
     return convert(importer, scene, {}, extensionHint);

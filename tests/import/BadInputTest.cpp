@@ -1,0 +1,224 @@
+// Hostile and damaged input through SceneImporter::importFile, across every format: the
+// corpus's bad files, truncated and bit-flipped copies of every good corpus file, an HTML
+// page under a model's name, an empty file and zip archives that declare huge sizes. Each
+// must end in a ModelImportError or load; none may crash or hang.
+#include "import/ImportError.h"
+#include "import/SceneImporter.h"
+#include "support/Corpus.h"
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <QTemporaryDir>
+
+#include <chrono>
+#include <fstream>
+#include <random>
+#include <vector>
+
+namespace orvanta::import {
+namespace {
+
+namespace fs = std::filesystem;
+using Bytes = std::vector<std::uint8_t>;
+
+Bytes readBytes(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return Bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+void writeBytes(const fs::path& path, const Bytes& bytes) {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+// Imports `path`; a failure must be a well-formed import error, and no file may take long.
+// Returns the outcome so callers can check more.
+core::Result<ImportedScene> importSurvives(const fs::path& path) {
+    const auto start = std::chrono::steady_clock::now();
+    auto result = SceneImporter::importFile(path.string());
+    const auto elapsed = std::chrono::steady_clock::now() - start;
+    EXPECT_LT(elapsed, std::chrono::seconds(5)) << path;
+    if (!result) {
+        const core::Error& error = result.error();
+        EXPECT_EQ(error.domain(), importErrorDomain) << path;
+        EXPECT_GE(error.code(), static_cast<int>(ImportErrorCode::unreadableFile)) << path;
+        EXPECT_LE(error.code(), static_cast<int>(ImportErrorCode::limitExceeded)) << path;
+        EXPECT_FALSE(error.localizedDescription().empty()) << path;
+    } else {
+        // A scene that loads is whole: every index points at a vertex.
+        for (const ImportedMesh& mesh : result->meshes)
+            for (std::uint32_t index : mesh.indices) EXPECT_LT(index, mesh.positions.size()) << path;
+    }
+    return result;
+}
+
+int errorCode(const core::Result<ImportedScene>& result) {
+    return result ? 0 : result.error().code();
+}
+
+// The corpus's good model files (sidecar .bin and images are not models of their own).
+std::vector<fs::path> goodCorpusFiles(const fs::path& corpus) {
+    std::vector<fs::path> files;
+    for (const char* folder : {"usdz", "usdc", "usda", "glb", "gltf"}) {
+        for (const auto& entry : fs::recursive_directory_iterator(corpus / folder)) {
+            const fs::path& path = entry.path();
+            const std::string ext = path.extension().string();
+            if (!entry.is_regular_file() || ext == ".bin" || ext == ".png") continue;
+            if (path.filename().string().find("bad") != std::string::npos) continue;
+            files.push_back(path);
+        }
+    }
+    return files;
+}
+
+TEST(BadInputTest, CorpusBadFilesEndInErrors) {
+    ORVANTA_CORPUS_FILE(corpus, "glb-bad");
+    std::vector<fs::path> files = {corpus.parent_path() / "usdc/crate-bad_corrupt.usd"};
+    for (const char* folder : {"glb-bad", "usdz-bad"})
+        for (const auto& entry : fs::directory_iterator(corpus.parent_path() / folder)) files.push_back(entry.path());
+    for (const fs::path& path : files) {
+        SCOPED_TRACE(path.string());
+        const auto result = importSurvives(path);
+        // Truncated chunks, wrong lengths, a missing buffer, a glTF 1.0 binary and corrupt
+        // compression are all errors; the USDZ packages that merely bend the rules may load.
+        if (path.parent_path().filename() == "glb-bad" || path.filename() == "crate-bad_corrupt.usd") {
+            EXPECT_FALSE(result);
+        }
+    }
+}
+
+TEST(BadInputTest, GltfOneBinaryIsRejectedAsUnsupported) {
+    ORVANTA_CORPUS_FILE(path, "glb-bad/msft_DuckMissingMaterialRef_gltf1.glb");
+    const auto result = importSurvives(path);
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().code(), static_cast<int>(ImportErrorCode::unsupportedFeature));
+    EXPECT_NE(result.error().localizedDescription().find("glTF 1.0"), std::string::npos)
+        << result.error().localizedDescription();
+}
+
+// Every good corpus file, cut at several points and with bits flipped at positions drawn
+// from fixed seeds. Sidecar files of a .gltf are copied beside the damaged copy, so the
+// damaged JSON still finds its buffer and image.
+TEST(BadInputTest, TruncatedAndBitFlippedCorpusFilesNeverCrash) {
+    const auto corpus = testing::corpusDirectory();
+    if (!corpus || !fs::exists(*corpus / "glb")) GTEST_SKIP() << "corpus absent";
+    QTemporaryDir temp;
+    ASSERT_TRUE(temp.isValid());
+    const fs::path dir = temp.path().toStdString();
+    int imported = 0;
+    for (const fs::path& source : goodCorpusFiles(*corpus)) {
+        SCOPED_TRACE(source.string());
+        const fs::path folder = dir / source.stem();
+        fs::create_directories(folder);
+        for (const auto& sibling : fs::directory_iterator(source.parent_path()))
+            if (sibling.path() != source && (sibling.path().extension() == ".bin" || sibling.path().extension() == ".png"))
+                fs::copy_file(sibling.path(), folder / sibling.path().filename(), fs::copy_options::overwrite_existing);
+        const Bytes original = readBytes(source);
+        const fs::path copy = folder / source.filename();
+
+        const std::size_t n = original.size();
+        for (std::size_t cut : {std::size_t(1), std::size_t(7), std::size_t(12), std::size_t(20), std::size_t(64),
+                                n / 8, n / 3, n / 2, n - n / 5, n - 1}) {
+            if (cut == 0 || cut >= n) continue;
+            writeBytes(copy, Bytes(original.begin(), original.begin() + static_cast<std::ptrdiff_t>(cut)));
+            importSurvives(copy);
+            ++imported;
+        }
+        for (unsigned seed = 1; seed <= 8; ++seed) {
+            std::mt19937 random(seed);
+            Bytes flipped = original;
+            // Early seeds hit the headers, where sizes and offsets live; later ones hit anywhere.
+            const std::size_t range = seed <= 3 ? std::min<std::size_t>(n, 256) : n;
+            for (unsigned flips = 0; flips < seed; ++flips) {
+                const std::size_t at = std::uniform_int_distribution<std::size_t>(0, range - 1)(random);
+                flipped[at] ^= static_cast<std::uint8_t>(1u << (random() % 8));
+            }
+            writeBytes(copy, flipped);
+            importSurvives(copy);
+            ++imported;
+        }
+    }
+    EXPECT_GT(imported, 100);
+}
+
+TEST(BadInputTest, HtmlPageUnderAModelNameAndEmptyFileAreNotModels) {
+    QTemporaryDir temp;
+    ASSERT_TRUE(temp.isValid());
+    const fs::path dir = temp.path().toStdString();
+    const std::string html = "\n\n\n\n<!DOCTYPE html>\n<html lang=\"en\"><head><title>Page not found</title></head>"
+                             "<body><h1>404</h1></body></html>\n";
+    for (const char* name : {"DamagedHelmet.glb", "dish.usdz", "dish.gltf"}) {
+        writeBytes(dir / name, Bytes(html.begin(), html.end()));
+        EXPECT_EQ(errorCode(importSurvives(dir / name)), static_cast<int>(ImportErrorCode::unrecognisedFormat)) << name;
+    }
+    writeBytes(dir / "empty.glb", {});
+    EXPECT_EQ(errorCode(importSurvives(dir / "empty.glb")), static_cast<int>(ImportErrorCode::unrecognisedFormat));
+    EXPECT_EQ(errorCode(importSurvives(dir / "missing.usdz")), static_cast<int>(ImportErrorCode::unreadableFile));
+}
+
+// A zip archive with one entry, written by hand: `declaredSize` goes into both size fields
+// of the headers whatever the real data length, so the archive can lie.
+Bytes zipWithEntry(const std::string& name, const Bytes& data, std::uint16_t method, std::uint32_t declaredSize,
+                   std::uint32_t uncompressedSize) {
+    Bytes zip;
+    const auto u16 = [](Bytes& out, std::uint32_t v) { out.insert(out.end(), {std::uint8_t(v), std::uint8_t(v >> 8)}); };
+    const auto u32 = [&](Bytes& out, std::uint32_t v) { u16(out, v & 0xffff); u16(out, v >> 16); };
+    const auto header = [&](bool local) {
+        u32(zip, local ? 0x04034b50 : 0x02014b50);
+        if (!local) u16(zip, 20);
+        for (std::uint32_t v : {20u, 0u, std::uint32_t(method), 0u, 0u}) u16(zip, v); // version, flags, method, time, date
+        u32(zip, 0);                                                                    // crc, deliberately wrong
+        u32(zip, declaredSize);
+        u32(zip, uncompressedSize);
+        u16(zip, static_cast<std::uint32_t>(name.size()));
+        u16(zip, 0); // extra
+        if (!local) {
+            for (int i = 0; i < 4; ++i) u16(zip, 0); // comment, disk, internal attributes
+            u32(zip, 0);                             // external attributes
+            u32(zip, 0);                             // local header offset
+        }
+        zip.insert(zip.end(), name.begin(), name.end());
+    };
+    header(true);
+    zip.insert(zip.end(), data.begin(), data.end());
+    const auto centralOffset = static_cast<std::uint32_t>(zip.size());
+    header(false);
+    const auto centralSize = static_cast<std::uint32_t>(zip.size()) - centralOffset;
+    u32(zip, 0x06054b50);
+    for (std::uint32_t v : {0u, 0u, 1u, 1u}) u16(zip, v);
+    u32(zip, centralSize);
+    u32(zip, centralOffset);
+    u16(zip, 0);
+    return zip;
+}
+
+TEST(BadInputTest, ZipArchivesDeclaringHugeSizesEndInErrors) {
+    QTemporaryDir temp;
+    ASSERT_TRUE(temp.isValid());
+    const fs::path dir = temp.path().toStdString();
+    const std::string layer = "#usda 1.0\ndef Xform \"dish\" {}\n";
+    const Bytes small(layer.begin(), layer.end());
+
+    // Stored entries whose headers claim 4 GiB.
+    writeBytes(dir / "huge-stored.usdz", zipWithEntry("dish.usda", small, 0, 0xffffffffu, 0xffffffffu));
+    EXPECT_FALSE(importSurvives(dir / "huge-stored.usdz"));
+
+    // A real bomb: 64 MiB of zeros deflated to a few tens of kilobytes, honestly declared.
+    const Bytes zeros(64u << 20, 0);
+    uLongf packedSize = compressBound(static_cast<uLong>(zeros.size()));
+    Bytes packed(packedSize);
+    ASSERT_EQ(compress2(packed.data(), &packedSize, zeros.data(), static_cast<uLong>(zeros.size()), 9), Z_OK);
+    // compress2 writes a zlib stream; zip entries hold the raw deflate data inside it.
+    const Bytes raw(packed.begin() + 2, packed.begin() + static_cast<std::ptrdiff_t>(packedSize) - 4);
+    writeBytes(dir / "bomb.usdz", zipWithEntry("dish.usdc", raw, 8, static_cast<std::uint32_t>(raw.size()),
+                                               static_cast<std::uint32_t>(zeros.size())));
+    EXPECT_FALSE(importSurvives(dir / "bomb.usdz"));
+
+    // Deflated, declaring 4 GiB uncompressed.
+    writeBytes(dir / "bomb-lying.usdz", zipWithEntry("dish.usdc", raw, 8, static_cast<std::uint32_t>(raw.size()), 0xffffffffu));
+    EXPECT_FALSE(importSurvives(dir / "bomb-lying.usdz"));
+}
+
+} // namespace
+} // namespace orvanta::import

@@ -1,0 +1,278 @@
+// glTF 2.0 and GLB through the scene importer: corpus models with hand-checked counts,
+// external and embedded buffers and images, data URIs, Draco rejection, and the two
+// adapters (entity tree and scene-node tree) mirroring the imported node order.
+#include "import/AssimpImporter.h"
+#include "import/ImportError.h"
+#include "import/SceneImporter.h"
+#include "reality/ModelEntity.h"
+#include "scenegraph/SceneNodeBuilder.h"
+#include "support/Corpus.h"
+#include "support/TestModels.h"
+
+#include <gtest/gtest.h>
+
+#include <QBuffer>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+#include <array>
+#include <cstring>
+#include <map>
+
+namespace orvanta::import {
+namespace {
+
+ImportedScene importOrFail(const std::filesystem::path& path) {
+    auto result = SceneImporter::importFile(path.string());
+    if (!result) {
+        ADD_FAILURE() << path << ": " << result.error().description();
+        return {};
+    }
+    return std::move(result).value();
+}
+
+void expectNear(const QVector3D& actual, const QVector3D& expected, float tolerance = 1e-4f) {
+    EXPECT_LT((actual - expected).length(), tolerance)
+        << "(" << actual.x() << ", " << actual.y() << ", " << actual.z() << ")";
+}
+
+TEST(GltfImportTest, BoxGlbHasOneUntexturedMaterialAndTwentyFourVertices) {
+    ORVANTA_CORPUS_FILE(path, "glb/Box.glb");
+    const ImportedScene scene = importOrFail(path);
+    EXPECT_EQ(scene.format, "glb");
+    ASSERT_EQ(scene.meshes.size(), 1u);
+    EXPECT_EQ(scene.vertexCount(), 24u);
+    EXPECT_EQ(scene.triangleCount(), 12u);
+    EXPECT_EQ(scene.meshes[0].normals.size(), 24u);
+    EXPECT_TRUE(scene.meshes[0].texCoords.empty());
+    ASSERT_EQ(scene.materials.size(), 1u);
+    EXPECT_FALSE(scene.materials[0].baseColorTexture);
+    EXPECT_TRUE(scene.textures.empty());
+    const Bounds bounds = scene.bounds();
+    expectNear(bounds.min, {-0.5f, -0.5f, -0.5f});
+    expectNear(bounds.max, {0.5f, 0.5f, 0.5f});
+}
+
+TEST(GltfImportTest, DuckGlbCarriesItsPngInsideTheBinaryChunk) {
+    ORVANTA_CORPUS_FILE(path, "glb/Duck.glb");
+    const ImportedScene scene = importOrFail(path);
+    ASSERT_EQ(scene.meshes.size(), 1u);
+    EXPECT_EQ(scene.vertexCount(), 2399u);
+    EXPECT_EQ(scene.triangleCount(), 4212u);
+    EXPECT_EQ(scene.meshes[0].texCoords.size(), scene.meshes[0].positions.size());
+    ASSERT_EQ(scene.textures.size(), 1u);
+    ASSERT_EQ(scene.materials.size(), 1u);
+    EXPECT_EQ(scene.materials[0].baseColorTexture, 0);
+    const QImage image = scene.textures[0].decode();
+    ASSERT_FALSE(image.isNull());
+    EXPECT_EQ(image.size(), QSize(512, 512));
+}
+
+TEST(GltfImportTest, MilkTruckResolvesItsBufferAndImageBesideTheGltf) {
+    ORVANTA_CORPUS_FILE(path, "gltf/CesiumMilkTruck/CesiumMilkTruck.gltf");
+    const ImportedScene scene = importOrFail(path);
+    EXPECT_EQ(scene.format, "gltf");
+    // Two glTF meshes: the body has three primitives (one per material), the wheels one;
+    // each primitive becomes a mesh of its own.
+    EXPECT_EQ(scene.meshes.size(), 4u);
+    EXPECT_EQ(scene.nodes.size(), 5u);
+    EXPECT_EQ(scene.vertexCount(), 2978u);
+    EXPECT_EQ(scene.triangleCount(), 2856u);
+    ASSERT_EQ(scene.materials.size(), 4u);
+    // Both textured materials use the one image file; it is loaded once. (Assimp does not keep
+    // the file's material order, so they are found by name.)
+    ASSERT_EQ(scene.textures.size(), 1u);
+    std::map<std::string, const ImportedMaterial*> byName;
+    for (const ImportedMaterial& material : scene.materials) byName[material.name] = &material;
+    ASSERT_EQ(byName.size(), 4u);
+    EXPECT_EQ(byName["truck"]->baseColorTexture, 0);
+    EXPECT_EQ(byName["wheels"]->baseColorTexture, 0);
+    EXPECT_FALSE(byName["glass"]->baseColorTexture);
+    EXPECT_FALSE(byName["window_trim"]->baseColorTexture);
+    EXPECT_NEAR(byName["glass"]->baseColorFactor.y(), 0.0405063f, 1e-6f);
+    EXPECT_NEAR(byName["window_trim"]->baseColorFactor.x(), 0.064f, 1e-6f);
+    EXPECT_EQ(byName["truck"]->metallic, 0.0f);
+    EXPECT_EQ(scene.textures[0].encoded.size(), 427633);
+    EXPECT_FALSE(scene.textures[0].decode().isNull());
+}
+
+// Debian's Assimp is built with the Draco decoder, so the compressed box decodes; its
+// triangles must be those of the plain box, whatever order Draco gave the vertices.
+TEST(GltfImportTest, DracoCompressedBoxDecodesToThePlainBox) {
+    ORVANTA_CORPUS_FILE(plainPath, "glb/Box.glb");
+    ORVANTA_CORPUS_FILE(dracoPath, "glb/Box_Draco.glb");
+    const ImportedScene plain = importOrFail(plainPath);
+    const ImportedScene draco = importOrFail(dracoPath);
+    ASSERT_EQ(draco.meshes.size(), 1u);
+    ASSERT_EQ(plain.meshes.size(), 1u);
+    EXPECT_EQ(draco.vertexCount(), 24u);
+    ASSERT_EQ(draco.triangleCount(), 12u);
+    EXPECT_EQ(draco.materials.size(), 1u);
+    const auto corners = [](const ImportedMesh& mesh, std::size_t triangle) {
+        std::array<QVector3D, 3> points;
+        for (std::size_t k = 0; k < 3; ++k) points[k] = mesh.positions[mesh.indices[triangle * 3 + k]];
+        return points;
+    };
+    const auto same = [](const std::array<QVector3D, 3>& a, const std::array<QVector3D, 3>& b) {
+        // Equal up to a rotation of the corners (the winding must be kept).
+        for (std::size_t shift = 0; shift < 3; ++shift) {
+            bool all = true;
+            for (std::size_t k = 0; k < 3; ++k) all = all && (a[k] - b[(k + shift) % 3]).length() < 1e-3f;
+            if (all) return true;
+        }
+        return false;
+    };
+    for (std::size_t t = 0; t < draco.triangleCount(); ++t) {
+        bool found = false;
+        for (std::size_t u = 0; u < plain.triangleCount() && !found; ++u)
+            found = same(corners(draco.meshes[0], t), corners(plain.meshes[0], u));
+        EXPECT_TRUE(found) << "triangle " << t;
+    }
+    expectNear(draco.bounds().min, plain.bounds().min);
+    expectNear(draco.bounds().max, plain.bounds().max);
+}
+
+// A one-triangle glTF whose buffer, and optionally its base-colour image, are base64 data URIs.
+QByteArray gltfWithDataUris(const QByteArray& png) {
+    const float positions[9] = {0, 0, 0, 0.2f, 0, 0, 0, 0.3f, 0};
+    const float uvs[6] = {0, 0, 1, 0, 0, 1};
+    const quint16 indices[4] = {0, 1, 2, 0}; // last one pads the buffer to four bytes
+    QByteArray bin(reinterpret_cast<const char*>(positions), sizeof positions);
+    bin.append(reinterpret_cast<const char*>(uvs), sizeof uvs);
+    bin.append(reinterpret_cast<const char*>(indices), sizeof indices);
+    QJsonObject primitive{{"attributes", QJsonObject{{"POSITION", 0}, {"TEXCOORD_0", 1}}}, {"indices", 2}};
+    QJsonObject gltf{
+        {"asset", QJsonObject{{"version", "2.0"}}},
+        {"scene", 0},
+        {"scenes", QJsonArray{QJsonObject{{"nodes", QJsonArray{0}}}}},
+        {"nodes", QJsonArray{QJsonObject{{"name", "tri"}, {"mesh", 0}}}},
+        {"buffers", QJsonArray{QJsonObject{{"byteLength", bin.size()},
+                                           {"uri", "data:application/octet-stream;base64," + QString::fromLatin1(bin.toBase64())}}}},
+        {"bufferViews", QJsonArray{QJsonObject{{"buffer", 0}, {"byteOffset", 0}, {"byteLength", 36}},
+                                   QJsonObject{{"buffer", 0}, {"byteOffset", 36}, {"byteLength", 24}},
+                                   QJsonObject{{"buffer", 0}, {"byteOffset", 60}, {"byteLength", 6}}}},
+        {"accessors", QJsonArray{QJsonObject{{"bufferView", 0}, {"componentType", 5126}, {"count", 3}, {"type", "VEC3"},
+                                             {"min", QJsonArray{0, 0, 0}}, {"max", QJsonArray{0.2, 0.3, 0}}},
+                                 QJsonObject{{"bufferView", 1}, {"componentType", 5126}, {"count", 3}, {"type", "VEC2"}},
+                                 QJsonObject{{"bufferView", 2}, {"componentType", 5123}, {"count", 3}, {"type", "SCALAR"}}}},
+    };
+    if (!png.isEmpty()) {
+        primitive["material"] = 0;
+        gltf["materials"] = QJsonArray{QJsonObject{
+            {"pbrMetallicRoughness", QJsonObject{{"baseColorTexture", QJsonObject{{"index", 0}}}}}}};
+        gltf["textures"] = QJsonArray{QJsonObject{{"source", 0}}};
+        gltf["images"] = QJsonArray{QJsonObject{{"uri", "data:image/png;base64," + QString::fromLatin1(png.toBase64())}}};
+    }
+    gltf["meshes"] = QJsonArray{QJsonObject{{"primitives", QJsonArray{primitive}}}};
+    return QJsonDocument(gltf).toJson();
+}
+
+QByteArray redPng() {
+    QImage image(4, 2, QImage::Format_RGBA8888);
+    image.fill(Qt::red);
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return png;
+}
+
+TEST(GltfImportTest, DataUriBufferAndImageNeedNoOtherFile) {
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const std::string path = dir.filePath("inline.gltf").toStdString();
+    testing::TestModels::write(path, gltfWithDataUris(redPng()));
+    const ImportedScene scene = importOrFail(path);
+    EXPECT_EQ(scene.format, "gltf");
+    ASSERT_EQ(scene.meshes.size(), 1u);
+    const ImportedMesh& mesh = scene.meshes[0];
+    ASSERT_EQ(mesh.positions.size(), 3u);
+    expectNear(mesh.positions[1], {0.2f, 0, 0});
+    expectNear(mesh.positions[2], {0, 0.3f, 0});
+    EXPECT_EQ(mesh.indices, (std::vector<std::uint32_t>{0, 1, 2}));
+    ASSERT_EQ(mesh.texCoords.size(), 3u);
+    ASSERT_EQ(scene.textures.size(), 1u);
+    const QImage image = scene.textures[0].decode();
+    EXPECT_EQ(image.size(), QSize(4, 2));
+    EXPECT_EQ(image.pixelColor(3, 1), QColor(Qt::red));
+    ASSERT_FALSE(mesh.subsets.empty());
+    ASSERT_GE(mesh.subsets[0].material, 0);
+    EXPECT_EQ(scene.materials[static_cast<std::size_t>(mesh.subsets[0].material)].baseColorTexture, 0);
+}
+
+TEST(GltfImportTest, DataUriGltfLoadsTheSameFromMemory) {
+    const QByteArray gltf = gltfWithDataUris({});
+    const auto result = AssimpImporter::importBytes(
+        std::span(reinterpret_cast<const std::uint8_t*>(gltf.constData()), static_cast<std::size_t>(gltf.size())), "gltf");
+    ASSERT_TRUE(result) << result.error().description();
+    EXPECT_EQ(result->vertexCount(), 3u);
+    EXPECT_TRUE(result->textures.empty());
+}
+
+// Three nodes named node0..node2 under the root, in file order.
+std::shared_ptr<const ImportedScene> threeNodeScene() {
+    const QByteArray glb = testing::TestModels::glbWithNodes(3);
+    auto result = AssimpImporter::importBytes(
+        std::span(reinterpret_cast<const std::uint8_t*>(glb.constData()), static_cast<std::size_t>(glb.size())), "glb");
+    if (!result) throw std::runtime_error(result.error().description());
+    return std::make_shared<const ImportedScene>(std::move(result).value());
+}
+
+TEST(GltfImportTest, ImportedNodesKeepFileOrderAndParents) {
+    const auto scene = threeNodeScene();
+    ASSERT_EQ(scene->nodes.size(), 4u);
+    EXPECT_EQ(scene->nodes[0].parent, -1);
+    ASSERT_EQ(scene->nodes[0].children.size(), 3u);
+    for (int i = 0; i < 3; ++i) {
+        const ImportedNode& node = scene->nodes[static_cast<std::size_t>(scene->nodes[0].children[static_cast<std::size_t>(i)])];
+        EXPECT_EQ(node.name, "node" + std::to_string(i));
+        EXPECT_EQ(node.parent, 0);
+        EXPECT_EQ(node.meshes, std::vector<int>{0});
+        expectNear(node.localTransform.column(3).toVector3D(), {float(i), 0, 0});
+    }
+}
+
+TEST(GltfImportTest, EntityTreeMirrorsTheNodeOrder) {
+    const auto scene = threeNodeScene();
+    const auto root = reality::ModelEntity::fromImportedScene(scene);
+    EXPECT_EQ(root->parent(), nullptr);
+    ASSERT_EQ(root->children().size(), 3u);
+    for (std::size_t i = 0; i < 3; ++i) {
+        const auto& child = root->children()[i];
+        EXPECT_EQ(child->name(), "node" + std::to_string(i));
+        EXPECT_EQ(child->parent(), root);
+        expectNear(child->position(), {float(i), 0, 0});
+        EXPECT_TRUE(child->children().empty());
+    }
+}
+
+TEST(GltfImportTest, SceneNodeTreeMirrorsTheNodeOrderAndItsChildrenMoveOutWhole) {
+    const auto scene = threeNodeScene();
+    const scenegraph::Scene built = scenegraph::SceneNodeBuilder::build(scene);
+    EXPECT_EQ(built.rootNode->parent(), nullptr);
+    const auto children = built.rootNode->childNodes();
+    ASSERT_EQ(children.size(), 3u);
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(children[i]->name(), "node" + std::to_string(i));
+        EXPECT_EQ(children[i]->parent(), built.rootNode);
+        ASSERT_TRUE(children[i]->geometry());
+        EXPECT_EQ(children[i]->geometry()->source, scene);
+    }
+    // The model loader moves the top level into a container of its own: the order holds,
+    // the container has no parent, and the imported root is left empty.
+    auto container = scenegraph::SceneNode::make();
+    for (const auto& child : children) container->addChildNode(child);
+    EXPECT_EQ(container->parent(), nullptr);
+    EXPECT_TRUE(built.rootNode->childNodes().empty());
+    ASSERT_EQ(container->childNodes().size(), 3u);
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(container->childNodes()[i], children[i]);
+        EXPECT_EQ(container->childNodes()[i]->parent(), container);
+    }
+}
+
+} // namespace
+} // namespace orvanta::import
