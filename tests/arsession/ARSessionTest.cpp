@@ -35,81 +35,55 @@ TEST(ARSessionTest, FramesComeAtSixtyHertzOnlyWhileRunning) {
     EXPECT_EQ(s.delegate->frames, 90);
 }
 
-TEST(ARSessionTest, ResumingWithoutResetRelocalizesAndKeepsPlanes) {
-    SimulatedSession s;
-    s.session->run(SimulatedSession::horizontalPlanes());
-    s.clock->advance(3.0);
-    s.session->pause();
-    s.clock->advance(1.0);
-    const std::size_t mark = s.delegate->events.size();
-    s.session->run(SimulatedSession::horizontalPlanes());
-    s.clock->advance(1.0);
-    EXPECT_EQ(eventsSince(*s.delegate, mark),
-              (std::vector<std::string>{"tracking limited(relocalizing)", "tracking normal"}));
-    EXPECT_EQ(s.session->currentFrame()->anchors.size(), 2u);
+TEST(ARSessionTest, RunOptionsDecideWhatTrackingAndAnchorsStartOver) {
+    struct Case {
+        const char* name;
+        bool pauseFirst;
+        unsigned options;
+        double seconds;
+        std::vector<std::string> events;
+        std::size_t anchors;
+    };
+    const Case cases[] = {
+        {"resume after a pause", true, {}, 1.0, {"tracking limited(relocalizing)", "tracking normal"}, 2},
+        {"reset tracking", false, ARSession::resetTracking, 1.5,
+         {"tracking notAvailable", "tracking limited(initializing)", "tracking normal"}, 2},
+        // Removal is reported at once; then the table is found again 0.5 s after tracking is normal.
+        {"remove existing anchors", false, ARSession::resetTracking | ARSession::removeExistingAnchors, 1.8,
+         {"remove table", "remove floor", "tracking notAvailable", "tracking limited(initializing)",
+          "tracking normal", "add table"}, 1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        SimulatedSession s;
+        s.session->run(SimulatedSession::horizontalPlanes());
+        s.clock->advance(3.0);
+        if (c.pauseFirst) {
+            s.session->pause();
+            s.clock->advance(1.0);
+        }
+        const std::size_t mark = s.delegate->events.size();
+        s.session->run(SimulatedSession::horizontalPlanes(), c.options);
+        s.clock->advance(c.seconds);
+        EXPECT_EQ(eventsSince(*s.delegate, mark), c.events);
+        EXPECT_EQ(s.session->currentFrame()->anchors.size(), c.anchors);
+    }
 }
 
-TEST(ARSessionTest, ResetTrackingRestartsTrackingButKeepsAnchors) {
-    SimulatedSession s;
-    s.session->run(SimulatedSession::horizontalPlanes());
-    s.clock->advance(3.0);
-    const std::size_t mark = s.delegate->events.size();
-    s.session->run(SimulatedSession::horizontalPlanes(), ARSession::resetTracking);
-    s.clock->advance(1.5);
-    EXPECT_EQ(eventsSince(*s.delegate, mark),
-              (std::vector<std::string>{"tracking notAvailable", "tracking limited(initializing)", "tracking normal"}));
-    EXPECT_EQ(s.session->currentFrame()->anchors.size(), 2u);
-}
-
-TEST(ARSessionTest, RemoveExistingAnchorsReportsRemovalAndRediscoversPlanes) {
-    SimulatedSession s;
-    s.session->run(SimulatedSession::horizontalPlanes());
-    s.clock->advance(3.0);
-    const std::size_t mark = s.delegate->events.size();
-    s.session->run(SimulatedSession::horizontalPlanes(), ARSession::resetTracking | ARSession::removeExistingAnchors);
-    // Removal is reported at once and the current frame no longer lists the planes.
-    EXPECT_EQ(eventsSince(*s.delegate, mark), (std::vector<std::string>{"remove table", "remove floor"}));
-    EXPECT_TRUE(s.session->currentFrame()->anchors.empty());
-    EXPECT_TRUE(s.session->raycast(ARRaycastQuery(QVector3D(0, 2, -0.6f), QVector3D(0, -1, 0),
-                                                  ARRaycastQuery::Target::existingPlaneInfinite,
-                                                  ARRaycastQuery::TargetAlignment::any))
-                    .empty());
-    s.clock->advance(1.6); // tracking normal again at 1.2 s, table 0.5 s later
-    EXPECT_TRUE(s.session->currentFrame()->anchors.empty());
-    s.clock->advance(0.2);
-    ASSERT_EQ(s.session->currentFrame()->anchors.size(), 1u);
-    EXPECT_EQ(s.delegate->events.back(), "add table");
-}
-
-TEST(ARSessionTest, InterruptionStopsFramesAndItsEndIsReportedEvenWhenPaused) {
+TEST(ARSessionTest, InterruptionStopsFramesAndResumesWithRelocalization) {
     SimulatedWorld::Script script;
     script.interruptions = {{2.0, 3.0}};
     SimulatedSession s(script);
     s.session->run(SimulatedSession::horizontalPlanes());
     s.clock->advance(1.99);
     const std::size_t mark = s.delegate->events.size();
+    s.clock->advance(0.51);
     const int frames = s.delegate->frames;
-    s.clock->advance(0.1);
-    EXPECT_EQ(eventsSince(*s.delegate, mark), (std::vector<std::string>{"interrupted"}));
-    EXPECT_LE(s.delegate->frames, frames + 1);
-    // The AR view's owner pauses the session on an interruption; the end still arrives.
-    s.session->pause();
-    s.clock->advance(1.0);
-    EXPECT_EQ(eventsSince(*s.delegate, mark), (std::vector<std::string>{"interrupted", "interruption ended"}));
-    EXPECT_LE(s.delegate->frames, frames + 1);
-    EXPECT_FALSE(s.session->isRunning());
-}
-
-TEST(ARSessionTest, InterruptionWhileRunningResumesWithRelocalization) {
-    SimulatedWorld::Script script;
-    script.interruptions = {{2.0, 3.0}};
-    SimulatedSession s(script);
-    s.session->run(SimulatedSession::horizontalPlanes());
-    s.clock->advance(2.5);
-    const std::size_t mark = s.delegate->events.size();
-    s.clock->advance(1.1);
+    s.clock->advance(0.4);
+    EXPECT_EQ(s.delegate->frames, frames); // none while interrupted
+    s.clock->advance(0.7);
     // The floor, due at 2.7 s, shows with the first frame after the interruption.
-    EXPECT_EQ(eventsSince(*s.delegate, mark), (std::vector<std::string>{"interruption ended",
+    EXPECT_EQ(eventsSince(*s.delegate, mark), (std::vector<std::string>{"interrupted", "interruption ended",
                                                                          "tracking limited(relocalizing)",
                                                                          "add floor", "tracking normal"}));
 }
@@ -158,17 +132,6 @@ TEST(ARSessionTest, DroppedDelegateAndCancelledObserverHearNothing) {
     s.delegate.reset(); // the session holds it weakly
     s.clock->advance(0.1);
     EXPECT_EQ(observed, 6);
-}
-
-TEST(ARSessionTest, TrackingStateRenderingsReadBack) {
-    using R = TrackingState::Reason;
-    for (const auto state : {TrackingState::notAvailable(), TrackingState::normal(), TrackingState::limited(R::initializing),
-                             TrackingState::limited(R::excessiveMotion), TrackingState::limited(R::insufficientFeatures),
-                             TrackingState::limited(R::relocalizing)})
-        EXPECT_EQ(TrackingState::fromDescription(state.description()), state);
-    EXPECT_EQ(TrackingState::limited(R::excessiveMotion).description(), "limited(excessiveMotion)");
-    EXPECT_FALSE(TrackingState::fromDescription("limited"));
-    EXPECT_FALSE(TrackingState::normal().reason());
 }
 
 } // namespace
