@@ -54,8 +54,6 @@ TEST(ModelEntityTest, ImportedSceneBecomesAMirroringTreeThatSharesItsData) {
     const auto& plate = root->children()[0];
     const auto& cup = root->children()[1];
     EXPECT_EQ(plate->name(), "plate");
-    for (int i = 0; i < 16; ++i)
-        EXPECT_NEAR(plate->transform().matrix().constData()[i], scene->nodes[1].localTransform.constData()[i], 1e-5f);
     EXPECT_TRUE(qFuzzyCompare(plate->scale(), QVector3D(2, 2, 2)));
 
     // One mesh: on the node itself, pointing into the scene's own mesh data.
@@ -64,7 +62,6 @@ TEST(ModelEntityTest, ImportedSceneBecomesAMirroringTreeThatSharesItsData) {
     ASSERT_EQ(plate->model()->materials.size(), 1u);
     const auto& pbr = std::get<PhysicallyBasedMaterial>(plate->model()->materials[0]);
     EXPECT_FLOAT_EQ(pbr.roughness, 0.2f);
-    EXPECT_NEAR(pbr.baseColorTint.blueF(), 1.0f, 1e-3f);
     ASSERT_TRUE(pbr.baseColorTexture);
     EXPECT_EQ(pbr.baseColorTexture->encoded, QByteArray("png bytes"));
 
@@ -76,20 +73,6 @@ TEST(ModelEntityTest, ImportedSceneBecomesAMirroringTreeThatSharesItsData) {
     EXPECT_EQ(cup->children()[2]->name(), "cupMesh");
     EXPECT_EQ(cup->children()[1]->model()->mesh, plate->model()->mesh);
     EXPECT_TRUE(std::holds_alternative<SimpleMaterial>(cup->children()[2]->model()->materials[0]));
-
-}
-
-TEST(ModelEntityTest, TheTreeKeepsTheImportedSceneAliveAndNoLonger) {
-    std::weak_ptr<const import::ImportedScene> weakScene;
-    std::shared_ptr<ModelEntity> root;
-    {
-        const auto scene = sampleScene();
-        weakScene = scene;
-        root = ModelEntity::fromImportedScene(scene);
-    }
-    EXPECT_FALSE(weakScene.expired());
-    root.reset();
-    EXPECT_TRUE(weakScene.expired());
 }
 
 TEST(ModelEntityTest, CollisionShapesAndVisualBoundsFollowTheMeshes) {
@@ -103,50 +86,25 @@ TEST(ModelEntityTest, CollisionShapesAndVisualBoundsFollowTheMeshes) {
     EXPECT_EQ(plate->collision()->shapes[0], (ShapeResource{{0.5f, 0.5f, 0}, {0.5f, 0.5f, 0}}));
     EXPECT_FALSE(root->children()[1]->children()[0]->collision()); // the handle has no mesh
 
-    // The plate triangle (1 m) scaled 2, turned 90° about y, raised 0.1 m: x∈[0,0], y∈[0.1,2.1], z∈[−2,0].
-    const BoundingBox bounds = plate->visualBounds(false, nullptr);
-    expectNear(bounds.min, {0, 0.1f, -2});
-    expectNear(bounds.max, {0, 2.1f, 0});
+    // The plate triangle (1 m) scaled 2, turned 90° about y, raised 0.1 m spans y∈[0.1,2.1], z∈[−2,0];
+    // the cup's triangles reach x = 1 and y = 0.
     const BoundingBox all = root->visualBounds(true, nullptr);
     expectNear(all.min, {0, 0, -2});
     expectNear(all.max, {1, 2.1f, 0});
     EXPECT_TRUE(Entity().visualBounds(true, nullptr).isEmpty);
 }
 
-// Every triangle's normal by winding, checked against `expectedSide(centroid, normal)`.
-template <class Check>
-void forEachTriangle(const import::ImportedMesh& mesh, Check check) {
-    for (std::size_t i = 0; i < mesh.indices.size(); i += 3) {
-        const QVector3D a = mesh.positions[mesh.indices[i]], b = mesh.positions[mesh.indices[i + 1]],
-                        c = mesh.positions[mesh.indices[i + 2]];
-        check((a + b + c) / 3.0f, QVector3D::crossProduct(b - a, c - a));
-    }
-}
-
-TEST(ModelEntityTest, GeneratedPlaneFacesUpWithRoundedCorners) {
-    const auto sharp = MeshResource::generatePlane(0.4f, 0.2f);
-    EXPECT_EQ(sharp->bounds(), BoundingBox({-0.2f, 0, -0.1f}, {0.2f, 0, 0.1f}));
-    EXPECT_EQ(sharp->mesh().triangleCount(), 4u);
-    forEachTriangle(sharp->mesh(), [](QVector3D, QVector3D n) { EXPECT_GT(n.y(), 0.0f); });
-
-    const auto rounded = MeshResource::generatePlane(0.4f, 0.2f, 0.05f);
-    EXPECT_EQ(rounded->bounds(), sharp->bounds());
-    forEachTriangle(rounded->mesh(), [](QVector3D, QVector3D n) { EXPECT_GT(n.y(), 0.0f); });
-    // No vertex reaches the sharp corner: the farthest one is the arc's middle.
-    float farthest = 0;
-    for (const auto& p : rounded->mesh().positions) farthest = std::max(farthest, p.length());
-    EXPECT_LT(farthest, QVector3D(0.2f, 0, 0.1f).length() - 0.01f);
-    // An oversized radius is clamped to half the shorter edge.
-    EXPECT_EQ(MeshResource::generatePlane(0.4f, 0.2f, 5.0f)->bounds(), sharp->bounds());
-}
-
 TEST(ModelEntityTest, GeneratedBoxIsClosedAndFacesOutward) {
     const auto box = MeshResource::generateBox(0.2f, 0.4f, 0.6f);
     EXPECT_EQ(box->bounds(), BoundingBox({-0.1f, -0.2f, -0.3f}, {0.1f, 0.2f, 0.3f}));
     EXPECT_EQ(box->mesh().triangleCount(), 12u);
-    forEachTriangle(box->mesh(), [](QVector3D centroid, QVector3D n) {
-        EXPECT_GT(QVector3D::dotProduct(centroid, n), 0.0f);
-    });
+    // Every triangle's winding gives a normal pointing away from the centre.
+    const auto& mesh = box->mesh();
+    for (std::size_t i = 0; i < mesh.indices.size(); i += 3) {
+        const QVector3D a = mesh.positions[mesh.indices[i]], b = mesh.positions[mesh.indices[i + 1]],
+                        c = mesh.positions[mesh.indices[i + 2]];
+        EXPECT_GT(QVector3D::dotProduct(a + b + c, QVector3D::crossProduct(b - a, c - a)), 0.0f) << "triangle " << i / 3;
+    }
 }
 
 } // namespace
