@@ -2,6 +2,7 @@
 
 #include "core/TemporaryDirectory.h"
 #include "models/ARModelError.h"
+#include "support/Corpus.h"
 
 #include <QFile>
 
@@ -213,4 +214,27 @@ TEST_F(NetworkManagerLoaders, EveryOwnErrorHasItsDomainCodeAndMessage) {
     expectError(notScene.error, "SceneKitError", 500, "Unable to create a SceneSource from the file.");
     expectError(noScene.error, "SceneKitError", 500, "Unable to load a scene from the SceneSource.");
     EXPECT_TRUE(log_.lines().empty());
+}
+
+TEST_F(NetworkManagerLoaders, UsdzDishLoadsEndToEndInBothModes) {
+    ORVANTA_CORPUS_FILE(usdz, "usdz/USDLogo.usdz");
+    QFile file(QString::fromStdString(usdz.string()));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    Route route;
+    route.body = file.readAll();
+    server_.route("/dishes/logo.usdz", route);
+
+    Outcome<EntityPtr> entity;
+    auto c1 = record(network_->loadModel(server_.url("/dishes/logo.usdz")), entity, *main_);
+    ASSERT_TRUE(main_->runUntil([&] { return entity.done(); }));
+    ASSERT_TRUE(entity.value.has_value()) << entity.error->description();
+    EXPECT_FALSE((*entity.value)->children().empty());
+
+    Outcome<NodePtr> node;
+    auto c2 = record(network_->loadSceneKitModel(server_.url("/dishes/logo.usdz")), node, *main_);
+    ASSERT_TRUE(main_->runUntil([&] { return node.done(); }));
+    ASSERT_TRUE(node.value.has_value()) << node.error->description();
+    EXPECT_FALSE((*node.value)->childNodes().empty());
+    EXPECT_FALSE((*node.value)->boundingBox().empty);
+    EXPECT_EQ(server_.requestCount(), 1);
 }
