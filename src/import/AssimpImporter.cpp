@@ -1,5 +1,6 @@
 #include "import/AssimpImporter.h"
 
+#include "import/GltfLayoutCheck.h"
 #include "import/ImportError.h"
 
 #include <assimp/Importer.hpp>
@@ -11,7 +12,6 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <cstring>
 #include <functional>
 #include <map>
 #include <optional>
@@ -153,18 +153,8 @@ private:
     std::map<std::string, int> textureIndex_;
 };
 
-// Assimp has no reader for the glTF 1.0 binary container (GLB version 1) and would answer
-// "no suitable reader"; name the real reason instead.
-std::optional<core::Error> unsupportedGlbVersion(std::span<const std::uint8_t> head) {
-    if (head.size() < 8 || std::memcmp(head.data(), "glTF", 4) != 0) return std::nullopt;
-    std::uint32_t version = 0;
-    std::memcpy(&version, head.data() + 4, 4); // little-endian, as is every machine we build for
-    if (version == 2) return std::nullopt;
-    if (version == 1)
-        return importError(ImportErrorCode::unsupportedFeature, "glTF 1.0 binary files are not supported; only glTF 2.0 is read");
-    return importError(ImportErrorCode::unsupportedFeature,
-                       "GLB container version " + std::to_string(version) + " is not supported; only version 2 (glTF 2.0) is read");
-}
+// glTF input is checked before Assimp sees it (see GltfLayoutCheck).
+bool isGltf(const std::string& format) { return format == "glb" || format == "gltf"; }
 
 core::Result<ImportedScene> convert(const Assimp::Importer& importer, const aiScene* scene, QString baseDir,
                                     std::string format) {
@@ -182,20 +172,25 @@ core::Result<ImportedScene> convert(const Assimp::Importer& importer, const aiSc
 } // namespace
 
 core::Result<ImportedScene> AssimpImporter::importFile(const std::string& path, std::string formatName) {
-    QFile file(QString::fromStdString(path));
-    if (file.open(QIODevice::ReadOnly)) {
-        const QByteArray head = file.read(8);
-        if (auto error = unsupportedGlbVersion(std::span(reinterpret_cast<const std::uint8_t*>(head.constData()),
-                                                         static_cast<std::size_t>(head.size()))))
-            return *error;
+    const QFileInfo info(QString::fromStdString(path));
+    if (isGltf(formatName)) {
+        QFile file(info.filePath());
+        if (!file.open(QIODevice::ReadOnly))
+            return importError(ImportErrorCode::unreadableFile, "Cannot open " + path + ": " + file.errorString().toStdString());
+        const QByteArray bytes = file.readAll();
+        const std::span<const std::uint8_t> view(reinterpret_cast<const std::uint8_t*>(bytes.constData()),
+                                                 static_cast<std::size_t>(bytes.size()));
+        if (auto error = GltfLayoutCheck::check(view, info.absolutePath())) return *error;
     }
     Assimp::Importer importer;
     const aiScene* scene = importer.ReadFile(path, postProcessing);
-    return convert(importer, scene, QFileInfo(QString::fromStdString(path)).absolutePath(), std::move(formatName));
+    return convert(importer, scene, info.absolutePath(), std::move(formatName));
 }
 
 core::Result<ImportedScene> AssimpImporter::importBytes(std::span<const std::uint8_t> bytes, const std::string& extensionHint) {
-    if (auto error = unsupportedGlbVersion(bytes)) return *error;
+    if (isGltf(extensionHint)) {
+        if (auto error = GltfLayoutCheck::check(bytes, {})) return *error;
+    }
     Assimp::Importer importer;
     const aiScene* scene = importer.ReadFileFromMemory(bytes.data(), bytes.size(), postProcessing, extensionHint.c_str());
     return convert(importer, scene, {}, extensionHint);

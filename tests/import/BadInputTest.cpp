@@ -2,6 +2,7 @@
 // corpus's bad files, truncated and bit-flipped copies of every good corpus file, an HTML
 // page under a model's name, an empty file and zip archives that declare huge sizes. Each
 // must end in a ModelImportError or load; none may crash or hang.
+#include "import/AssimpImporter.h"
 #include "import/ImportError.h"
 #include "import/SceneImporter.h"
 #include "support/Corpus.h"
@@ -218,6 +219,20 @@ TEST(BadInputTest, ZipArchivesDeclaringHugeSizesEndInErrors) {
     // Deflated, declaring 4 GiB uncompressed.
     writeBytes(dir / "bomb-lying.usdz", zipWithEntry("dish.usdc", raw, 8, static_cast<std::uint32_t>(raw.size()), 0xffffffffu));
     EXPECT_FALSE(importSurvives(dir / "bomb-lying.usdz"));
+}
+
+// Inputs the GLB fuzz target found crashing or hanging, minimised, fed in the same way.
+TEST(BadInputTest, GlbFuzzRegressionsReplayCleanly) {
+    const fs::path folder = fs::path(ORVANTA_SOURCE_DIR) / "fuzz" / "regressions" / "fuzz_glb";
+    if (!fs::exists(folder)) GTEST_SKIP() << "no regressions recorded";
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        SCOPED_TRACE(entry.path().string());
+        const Bytes bytes = readBytes(entry.path());
+        const auto result = AssimpImporter::importBytes(bytes, "glb");
+        if (!result) {
+            EXPECT_EQ(result.error().domain(), importErrorDomain);
+        }
+    }
 }
 
 } // namespace

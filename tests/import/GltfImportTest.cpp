@@ -49,6 +49,9 @@ TEST(GltfImportTest, BoxGlbHasOneUntexturedMaterialAndTwentyFourVertices) {
     EXPECT_EQ(scene.meshes[0].normals.size(), 24u);
     EXPECT_TRUE(scene.meshes[0].texCoords.empty());
     ASSERT_EQ(scene.materials.size(), 1u);
+    EXPECT_EQ(scene.materials[0].name, "Red");
+    EXPECT_EQ(scene.materials[0].baseColorFactor, QVector4D(0.8f, 0.0f, 0.0f, 1.0f));
+    EXPECT_EQ(scene.materials[0].metallic, 0.0f);
     EXPECT_FALSE(scene.materials[0].baseColorTexture);
     EXPECT_TRUE(scene.textures.empty());
     const Bounds bounds = scene.bounds();
@@ -210,6 +213,45 @@ TEST(GltfImportTest, DataUriGltfLoadsTheSameFromMemory) {
     ASSERT_TRUE(result) << result.error().description();
     EXPECT_EQ(result->vertexCount(), 3u);
     EXPECT_TRUE(result->textures.empty());
+}
+
+core::Result<ImportedScene> importGltfBytes(const QByteArray& bytes, const std::string& hint) {
+    return AssimpImporter::importBytes(
+        std::span(reinterpret_cast<const std::uint8_t*>(bytes.constData()), static_cast<std::size_t>(bytes.size())), hint);
+}
+
+// Assimp's glTF reader trusts accessor and chunk ranges and reads past its buffers (found by
+// fuzzing); such files must end as errors before it sees them.
+TEST(GltfImportTest, RangesThatLieAboutTheirBuffersAreRejectedBeforeReading) {
+    const auto expectBroken = [](const QByteArray& bytes, const std::string& hint, const std::string& what) {
+        const auto result = importGltfBytes(bytes, hint);
+        ASSERT_FALSE(result) << what;
+        EXPECT_EQ(result.error().code(), static_cast<int>(ImportErrorCode::malformedData));
+        EXPECT_NE(result.error().localizedDescription().find(what), std::string::npos) << result.error().localizedDescription();
+    };
+    const QJsonObject good = QJsonDocument::fromJson(gltfWithDataUris({})).object();
+    const auto edited = [&](const char* array, int index, const char* key, const QJsonValue& value) {
+        QJsonObject gltf = good;
+        QJsonArray items = gltf[array].toArray();
+        QJsonObject item = items[index].toObject();
+        item[key] = value;
+        items[index] = item;
+        gltf[array] = items;
+        return QJsonDocument(gltf).toJson();
+    };
+    // Positions starting 4 bytes into their 36-byte view run 4 bytes past it.
+    expectBroken(edited("accessors", 0, "byteOffset", 4), "gltf", "accessor 0 reads past the end of its buffer view");
+    expectBroken(edited("accessors", 0, "count", 1e300), "gltf", "accessor 0 has no valid count");
+    expectBroken(edited("bufferViews", 2, "byteLength", 12), "gltf", "buffer view 2 does not lie inside its buffer");
+    expectBroken(edited("buffers", 0, "byteLength", 4096), "gltf", "buffer 0 declares 4096 bytes but has 68");
+    expectBroken(QByteArray("{\"asset\": "), "gltf", "the JSON cannot be read");
+
+    // A GLB whose JSON chunk claims more bytes than the file holds (Assimp allocated 4 GiB).
+    QByteArray glb = testing::TestModels::glbWithNodes(1);
+    expectBroken(glb.left(40), "glb", "a GLB chunk runs past the end of the file");
+    // The BIN chunk cut short.
+    expectBroken(glb.left(glb.size() - 8), "glb", "a GLB chunk runs past the end of the file");
+    EXPECT_TRUE(importGltfBytes(glb, "glb"));
 }
 
 // Three nodes named node0..node2 under the root, in file order.

@@ -1,0 +1,209 @@
+#include "import/GltfLayoutCheck.h"
+
+#include "import/ImportError.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QUrl>
+
+#include <cstring>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace orvanta::import {
+
+namespace {
+
+constexpr std::uint32_t chunkJson = 0x4E4F534A; // "JSON"
+constexpr std::uint32_t chunkBin = 0x004E4942;  // "BIN\0"
+
+std::uint32_t readU32(std::span<const std::uint8_t> bytes, std::size_t at) {
+    std::uint32_t v = 0;
+    std::memcpy(&v, bytes.data() + at, 4); // little-endian, as is every machine we build for
+    return v;
+}
+
+core::Error malformed(const std::string& what) {
+    return importError(ImportErrorCode::malformedData, "Broken glTF layout: " + what);
+}
+
+// A non-negative integer member, `fallback` when absent; -1 when present but not one.
+qint64 integer(const QJsonObject& object, const char* key, qint64 fallback) {
+    const QJsonValue value = object.value(QLatin1String(key));
+    if (value.isUndefined()) return fallback;
+    const double d = value.toDouble(-1);
+    if (!value.isDouble() || d < 0 || d > 9.0e15 || d != static_cast<double>(static_cast<qint64>(d))) return -1;
+    return static_cast<qint64>(d);
+}
+
+qint64 componentBytes(qint64 componentType) {
+    switch (componentType) {
+    case 5120: case 5121: return 1; // byte, unsigned byte
+    case 5122: case 5123: return 2; // short, unsigned short
+    case 5125: case 5126: return 4; // unsigned int, float
+    default: return 0;
+    }
+}
+
+qint64 componentsOf(const QString& type) {
+    static const std::pair<const char*, qint64> types[] = {{"SCALAR", 1}, {"VEC2", 2}, {"VEC3", 3}, {"VEC4", 4},
+                                                           {"MAT2", 4},   {"MAT3", 9}, {"MAT4", 16}};
+    for (const auto& [name, n] : types)
+        if (type == QLatin1String(name)) return n;
+    return 0;
+}
+
+// The GLB container: its JSON chunk and the length of its BIN chunk (-1 when absent).
+struct GlbParts {
+    std::span<const std::uint8_t> json;
+    qint64 binLength = -1;
+};
+
+std::variant<GlbParts, core::Error> splitGlb(std::span<const std::uint8_t> bytes) {
+    if (bytes.size() < 12) return malformed("the GLB header is cut short");
+    const std::uint32_t version = readU32(bytes, 4);
+    if (version == 1)
+        return importError(ImportErrorCode::unsupportedFeature, "glTF 1.0 binary files are not supported; only glTF 2.0 is read");
+    if (version != 2)
+        return importError(ImportErrorCode::unsupportedFeature,
+                           "GLB container version " + std::to_string(version) + " is not supported; only version 2 (glTF 2.0) is read");
+    GlbParts parts;
+    std::size_t at = 12;
+    bool first = true;
+    while (at + 8 <= bytes.size()) {
+        const std::uint64_t length = readU32(bytes, at);
+        const std::uint32_t type = readU32(bytes, at + 4);
+        if (length > bytes.size() - at - 8) return malformed("a GLB chunk runs past the end of the file");
+        const auto data = bytes.subspan(at + 8, length);
+        if (first && type != chunkJson) return malformed("the first GLB chunk is not JSON");
+        if (first) parts.json = data;
+        else if (type == chunkBin && parts.binLength < 0) parts.binLength = static_cast<qint64>(length);
+        first = false;
+        at += 8 + length;
+    }
+    if (first) return malformed("the GLB file has no JSON chunk");
+    return parts;
+}
+
+// The number of bytes a buffer's URI or the GLB BIN chunk really provides; -1 when unknown
+// (an external file that cannot be found is reported by the reader itself).
+qint64 bufferBytes(const QJsonObject& buffer, std::size_t index, qint64 binLength, const QString& baseDir) {
+    const QString uri = buffer.value(QLatin1String("uri")).toString();
+    if (uri.isEmpty()) return index == 0 && binLength >= 0 ? binLength : 0;
+    if (uri.startsWith(QLatin1String("data:"))) {
+        const qsizetype comma = uri.indexOf(QLatin1Char(','));
+        if (comma < 0 || !uri.left(comma).endsWith(QLatin1String(";base64"))) return -1;
+        return QByteArray::fromBase64(uri.mid(comma + 1).toLatin1()).size();
+    }
+    if (baseDir.isEmpty()) return -1;
+    const QFileInfo file(QDir(baseDir).filePath(QUrl::fromPercentEncoding(uri.toUtf8())));
+    return file.exists() ? file.size() : -1;
+}
+
+std::optional<core::Error> checkDocument(const QJsonObject& gltf, qint64 binLength, const QString& baseDir) {
+    const QJsonArray buffers = gltf.value(QLatin1String("buffers")).toArray();
+    std::vector<qint64> bufferLengths;
+    for (qsizetype i = 0; i < buffers.size(); ++i) {
+        const QJsonObject buffer = buffers[i].toObject();
+        const qint64 declared = integer(buffer, "byteLength", -1);
+        if (declared < 0) return malformed("buffer " + std::to_string(i) + " has no valid byteLength");
+        const qint64 actual = bufferBytes(buffer, static_cast<std::size_t>(i), binLength, baseDir);
+        if (actual >= 0 && declared > actual)
+            return malformed("buffer " + std::to_string(i) + " declares " + std::to_string(declared) + " bytes but has " +
+                             std::to_string(actual));
+        bufferLengths.push_back(declared);
+    }
+
+    const QJsonArray views = gltf.value(QLatin1String("bufferViews")).toArray();
+    std::vector<qint64> viewLengths;
+    for (qsizetype i = 0; i < views.size(); ++i) {
+        const QJsonObject view = views[i].toObject();
+        const qint64 buffer = integer(view, "buffer", -1);
+        const qint64 offset = integer(view, "byteOffset", 0);
+        const qint64 length = integer(view, "byteLength", -1);
+        if (buffer < 0 || buffer >= static_cast<qint64>(bufferLengths.size()) || offset < 0 || length < 0 ||
+            integer(view, "byteStride", 0) < 0 || offset + length > bufferLengths[static_cast<std::size_t>(buffer)])
+            return malformed("buffer view " + std::to_string(i) + " does not lie inside its buffer");
+        viewLengths.push_back(length);
+    }
+
+    // `count` items of `itemBytes` each, `stride` apart, from `offset` in view `view`.
+    const auto fits = [&](qint64 view, qint64 offset, qint64 count, qint64 itemBytes, qint64 stride) {
+        if (view < 0 || view >= static_cast<qint64>(viewLengths.size()) || offset < 0 || count < 0 || itemBytes <= 0)
+            return false;
+        const qint64 end = count == 0 ? offset : offset + stride * (count - 1) + itemBytes;
+        return end <= viewLengths[static_cast<std::size_t>(view)];
+    };
+    const QJsonArray accessors = gltf.value(QLatin1String("accessors")).toArray();
+    for (qsizetype i = 0; i < accessors.size(); ++i) {
+        const QJsonObject accessor = accessors[i].toObject();
+        const std::string name = "accessor " + std::to_string(i);
+        const qint64 count = integer(accessor, "count", -1);
+        const qint64 elementBytes = componentBytes(integer(accessor, "componentType", -1)) *
+                                    componentsOf(accessor.value(QLatin1String("type")).toString());
+        if (count < 0 || elementBytes == 0) return malformed(name + " has no valid count, componentType or type");
+        if (accessor.contains(QLatin1String("bufferView"))) {
+            const qint64 view = integer(accessor, "bufferView", -1);
+            const qint64 stride = view >= 0 && view < views.size() ? integer(views[view].toObject(), "byteStride", 0) : 0;
+            if (!fits(view, integer(accessor, "byteOffset", 0), count, elementBytes, stride > 0 ? stride : elementBytes))
+                return malformed(name + " reads past the end of its buffer view");
+        }
+        const QJsonObject sparse = accessor.value(QLatin1String("sparse")).toObject();
+        if (!sparse.isEmpty()) {
+            const qint64 sparseCount = integer(sparse, "count", -1);
+            const QJsonObject indices = sparse.value(QLatin1String("indices")).toObject();
+            const QJsonObject values = sparse.value(QLatin1String("values")).toObject();
+            const qint64 indexBytes = componentBytes(integer(indices, "componentType", -1));
+            if (sparseCount < 0 || sparseCount > count ||
+                !fits(integer(indices, "bufferView", -1), integer(indices, "byteOffset", 0), sparseCount, indexBytes, indexBytes) ||
+                !fits(integer(values, "bufferView", -1), integer(values, "byteOffset", 0), sparseCount, elementBytes, elementBytes))
+                return malformed(name + " has sparse data outside its buffer views");
+        }
+    }
+
+    // Assimp dereferences a null pointer on some indexed line loops (found by fuzzing). The
+    // kit draws triangles only, so a file with line loops is refused rather than risked.
+    const QJsonArray meshes = gltf.value(QLatin1String("meshes")).toArray();
+    for (const QJsonValue& mesh : meshes)
+        for (const QJsonValue& primitive : mesh.toObject().value(QLatin1String("primitives")).toArray())
+            if (integer(primitive.toObject(), "mode", 4) == 2)
+                return importError(ImportErrorCode::unsupportedFeature, "glTF line-loop primitives are not supported");
+
+    const QJsonArray images = gltf.value(QLatin1String("images")).toArray();
+    for (qsizetype i = 0; i < images.size(); ++i) {
+        const QJsonObject image = images[i].toObject();
+        if (image.contains(QLatin1String("bufferView"))) {
+            const qint64 view = integer(image, "bufferView", -1);
+            if (view < 0 || view >= static_cast<qint64>(viewLengths.size()))
+                return malformed("image " + std::to_string(i) + " names a missing buffer view");
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<core::Error> GltfLayoutCheck::check(std::span<const std::uint8_t> bytes, const QString& baseDir) {
+    std::span<const std::uint8_t> json = bytes;
+    qint64 binLength = -1;
+    if (bytes.size() >= 4 && std::memcmp(bytes.data(), "glTF", 4) == 0) {
+        auto parts = splitGlb(bytes);
+        if (auto* error = std::get_if<core::Error>(&parts)) return *error;
+        json = std::get<GlbParts>(parts).json;
+        binLength = std::get<GlbParts>(parts).binLength;
+    }
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(
+        QByteArray::fromRawData(reinterpret_cast<const char*>(json.data()), static_cast<qsizetype>(json.size())), &parseError);
+    if (parseError.error != QJsonParseError::NoError)
+        return malformed("the JSON cannot be read (" + parseError.errorString().toStdString() + " at byte " +
+                         std::to_string(parseError.offset) + ")");
+    if (!document.isObject()) return malformed("the JSON is not an object");
+    return checkDocument(document.object(), binLength, baseDir);
+}
+
+} // namespace orvanta::import
