@@ -117,7 +117,6 @@ public:
         for (const T& v : values) append(file_, v);
         return at;
     }
-    std::uint64_t putBytes(const Bytes& bytes) { const auto at = here(); file_.insert(file_.end(), bytes.begin(), bytes.end()); return at; }
     std::uint64_t arrayCount(std::uint64_t n) {
         const auto at = here();
         if (minor_ < 5) put(std::uint32_t{1});
