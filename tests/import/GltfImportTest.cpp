@@ -246,6 +246,19 @@ TEST(GltfImportTest, RangesThatLieAboutTheirBuffersAreRejectedBeforeReading) {
     expectBroken(edited("buffers", 0, "byteLength", 4096), "gltf", "buffer 0 declares 4096 bytes but has 68");
     expectBroken(QByteArray("{\"asset\": "), "gltf", "the JSON cannot be read");
 
+    // Line loops crash Assimp's reader on some inputs; they are refused as unsupported.
+    QJsonObject loop = good;
+    QJsonArray meshes = loop["meshes"].toArray();
+    QJsonObject mesh = meshes[0].toObject();
+    QJsonObject primitive = mesh["primitives"].toArray()[0].toObject();
+    primitive["mode"] = 2;
+    mesh["primitives"] = QJsonArray{primitive};
+    meshes[0] = mesh;
+    loop["meshes"] = meshes;
+    const auto refused = importGltfBytes(QJsonDocument(loop).toJson(), "gltf");
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().code(), static_cast<int>(ImportErrorCode::unsupportedFeature));
+
     // A GLB whose JSON chunk claims more bytes than the file holds (Assimp allocated 4 GiB).
     QByteArray glb = testing::TestModels::glbWithNodes(1);
     expectBroken(glb.left(40), "glb", "a GLB chunk runs past the end of the file");
