@@ -4,12 +4,14 @@
 #include "import/ImportError.h"
 #include "import/usd/CrateReader.h"
 #include "import/usd/MappedFile.h"
+#include "import/usd/UsdaParser.h"
 #include "import/usd/UsdzArchive.h"
 #include "support/Corpus.h"
 
 #include <gtest/gtest.h>
 #include <lz4.h>
 
+#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -689,6 +691,60 @@ TEST(CrateReaderCorpus, OldestVersionKeepsTimeSampledGeometry) {
     EXPECT_EQ(samples[0].second->get<FloatArray>()->size(), 180u);
     const auto& indices = field<TimeSamples>(result.value(), "/Top/mesh_0.faceVertexIndices", "timeSamples").samples;
     EXPECT_EQ(indices.at(0).second->get<IntArray>()->values.size(), 680u);
+}
+
+// Numbers within float rounding, everything else exactly; kinds this scene does not use
+// compare as equal.
+bool sameValue(const Value& a, const Value& b) {
+    if (a.data.index() != b.data.index()) return false;
+    const auto close = [](const auto& x, const auto& y) {
+        if (x.width != y.width || x.isArray != y.isArray || x.values.size() != y.values.size()) return false;
+        for (std::size_t i = 0; i < x.values.size(); ++i) {
+            if (std::abs(x.values[i] - y.values[i]) > 1e-5 * (1 + std::abs(x.values[i]))) return false;
+        }
+        return true;
+    };
+    if (const auto* f = a.get<FloatArray>()) return close(*f, *b.get<FloatArray>());
+    if (const auto* d = a.get<DoubleArray>()) return close(*d, *b.get<DoubleArray>());
+    if (const auto* i = a.get<IntArray>()) return i->values == b.get<IntArray>()->values && i->isArray == b.get<IntArray>()->isArray;
+    if (const auto* t = a.get<Token>()) return *t == *b.get<Token>();
+    if (const auto* t = a.get<TokenArray>()) return *t == *b.get<TokenArray>();
+    if (const auto* p = a.get<PathArray>()) return *p == *b.get<PathArray>();
+    if (const auto* s = a.get<std::string>()) return *s == *b.get<std::string>();
+    if (const auto* s = a.get<AssetPath>()) return *s == *b.get<AssetPath>();
+    return true;
+}
+
+// The same scene as text (in the package) and as crate: the same specs, and every field both
+// carry holds the same value. The crate also spells out defaults the text leaves implicit
+// (custom, variability) and has no typeName on relationships.
+TEST(CrateReaderCorpus, CrateAndTextLayersOfOneSceneAgree) {
+    ORVANTA_CORPUS_FILE(packagePath, "usdz/TextureTransformTest.usdz");
+    ORVANTA_CORPUS_FILE(cratePath, "usdc/crate-0.8.0_TextureTransformTest.usdc");
+    const auto package = MappedFile::open(packagePath.string());
+    const auto archive = UsdzArchive::open(package.value()->bytes(), package.value());
+    ASSERT_TRUE(archive.ok());
+    const UsdzEntry& entry = archive->entries().front();
+    const auto text = UsdaParser::parse({reinterpret_cast<const char*>(entry.data.data()), entry.data.size()}, entry.path);
+    ASSERT_TRUE(text.ok()) << text.error().localizedDescription();
+    const auto crateFile = MappedFile::open(cratePath.string());
+    const auto crate = CrateReader::read(crateFile.value()->bytes(), "TextureTransformTest.usdc");
+    ASSERT_TRUE(crate.ok()) << crate.error().localizedDescription();
+
+    ASSERT_EQ(crate->specs.size(), text->specs.size());
+    std::size_t compared = 0;
+    for (const auto& [path, spec] : crate->specs) {
+        const Spec* other = text->spec(path);
+        ASSERT_NE(other, nullptr) << path;
+        EXPECT_EQ(spec.type, other->type) << path;
+        for (const auto& [name, value] : spec.fields) {
+            if (const Value* textValue = other->field(name)) {
+                EXPECT_TRUE(sameValue(value, *textValue)) << path << " " << name;
+                ++compared;
+            }
+        }
+    }
+    EXPECT_GE(compared, 1400u);  // 1407 fields in common when written
 }
 
 TEST(CrateReaderCorpus, CorruptLayerIsRefused) {
