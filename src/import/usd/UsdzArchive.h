@@ -3,9 +3,9 @@
 // aligned, so layers and textures are read in place from the package bytes. The first entry
 // is the package's default layer.
 //
-// The archive is found by walking the local file headers from byte 0 (as USD itself reads
-// packages) and cross-checked against the central directory, which must list the same
-// entries; a package cut short or padded with garbage is rejected. Deflated entries
+// The archive is found by walking the local file headers from byte 0 and cross-checked
+// against the central directory, which must list the same entries with the same sizes; a
+// package cut short or with a damaged directory is rejected. Deflated entries
 // (method 8) are inflated once into buffers the archive keeps alive; unaligned entries are
 // read as they are. Zip64 and encrypted entries are refused.
 // Thread: a value type; a const archive may be read from any thread.
