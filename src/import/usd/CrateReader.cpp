@@ -251,14 +251,19 @@ Layer CrateStructure::readSpecs(std::string identifier) {
         if (!inserted) throw CrateFormatError("two specs share the path " + path);
         Spec& spec = it->second;
         spec.type = specType(static_cast<std::uint32_t>(types[i]));
-        for (auto f = static_cast<std::uint32_t>(sets[i]);; ++f) {
-            if (f >= fieldSets_.size()) throw CrateFormatError("a field set runs past the end of its table");
-            const std::uint32_t field = fieldSets_[f];
-            if (field == fieldSetEnd) break;
-            if (field >= fields_.size()) throw CrateFormatError("field index " + std::to_string(field) + " out of range");
-            const std::string& name = tables_.token(fields_[field].token);
+        const auto first = static_cast<std::uint32_t>(sets[i]);
+        if (first >= fieldSets_.size()) throw CrateFormatError("field set " + std::to_string(first) + " out of range");
+        const auto begin = fieldSets_.begin() + first;
+        const auto end = std::find(begin, fieldSets_.end(), fieldSetEnd);
+        if (end == fieldSets_.end()) throw CrateFormatError("a field set runs past the end of its table");
+        // Charged so that many specs sharing one long field set stay bounded.
+        budget_.charge(static_cast<std::uint64_t>(end - begin) * 16);
+        spec.fields.reserve(static_cast<std::size_t>(end - begin));
+        for (auto f = begin; f != end; ++f) {
+            if (*f >= fields_.size()) throw CrateFormatError("field index " + std::to_string(*f) + " out of range");
+            const std::string& name = tables_.token(fields_[*f].token);
             try {
-                spec.fields.insert_or_assign(name, values.unpack(fields_[field].rep));
+                spec.fields.insert_or_assign(name, values.unpack(fields_[*f].rep));
             } catch (const CrateFormatError& error) {
                 throw CrateFormatError(path + " field " + name + ": " + error.what(), error.code());
             }
