@@ -104,6 +104,24 @@ qint64 bufferBytes(const QJsonObject& buffer, std::size_t index, qint64 binLengt
     return file.exists() ? file.size() : -1;
 }
 
+// Accessors with no buffer view read as zeros (plus any sparse values), so their declared
+// count is not bounded by the file's bytes; the reader still allocates for every element.
+constexpr qint64 maxZeroFilledElements = qint64(1) << 24;
+
+// The vertices or indices a primitive of each mode needs to draw one point, line or
+// triangle (points, lines, line loop, line strip, triangles, triangle strip, triangle fan).
+// The reader computes a strip's or fan's primitive count as the element count less one or
+// two without checking it, so fewer elements make it allocate for about 2^32 primitives.
+constexpr qint64 minimumElements[] = {1, 2, 2, 2, 3, 3, 3};
+constexpr qint64 modeLineLoop = 2;
+
+// A buffer view's byteStride: absent (0), or 4 to 252 bytes in steps of 4; -1 otherwise.
+qint64 strideOf(const QJsonObject& view) {
+    const qint64 stride = integer(view, "byteStride", 0);
+    if (stride == 0 || (stride >= 4 && stride <= 252 && stride % 4 == 0)) return stride;
+    return -1;
+}
+
 std::optional<core::Error> checkDocument(const QJsonObject& gltf, qint64 binLength, const QString& baseDir) {
     const QJsonArray buffers = gltf.value(QLatin1String("buffers")).toArray();
     std::vector<qint64> bufferLengths;
@@ -126,8 +144,10 @@ std::optional<core::Error> checkDocument(const QJsonObject& gltf, qint64 binLeng
         const qint64 offset = integer(view, "byteOffset", 0);
         const qint64 length = integer(view, "byteLength", -1);
         if (buffer < 0 || buffer >= static_cast<qint64>(bufferLengths.size()) || offset < 0 || length < 0 ||
-            integer(view, "byteStride", 0) < 0 || offset + length > bufferLengths[static_cast<std::size_t>(buffer)])
+            offset + length > bufferLengths[static_cast<std::size_t>(buffer)])
             return malformed("buffer view " + std::to_string(i) + " does not lie inside its buffer");
+        if (strideOf(view) < 0)
+            return malformed("buffer view " + std::to_string(i) + " has a byteStride that is not 4 to 252 in steps of 4");
         viewLengths.push_back(length);
     }
 
@@ -145,12 +165,18 @@ std::optional<core::Error> checkDocument(const QJsonObject& gltf, qint64 binLeng
         const qint64 count = integer(accessor, "count", -1);
         const qint64 elementBytes = componentBytes(integer(accessor, "componentType", -1)) *
                                     componentsOf(accessor.value(QLatin1String("type")).toString());
-        if (count < 0 || elementBytes == 0) return malformed(name + " has no valid count, componentType or type");
+        if (count < 1 || elementBytes == 0) return malformed(name + " has no valid count, componentType or type");
         if (accessor.contains(QLatin1String("bufferView"))) {
             const qint64 view = integer(accessor, "bufferView", -1);
-            const qint64 stride = view >= 0 && view < views.size() ? integer(views[view].toObject(), "byteStride", 0) : 0;
+            const qint64 stride = view >= 0 && view < views.size() ? strideOf(views[view].toObject()) : 0;
+            if (stride > 0 && stride < elementBytes)
+                return malformed(name + " has elements larger than its buffer view's byteStride");
             if (!fits(view, integer(accessor, "byteOffset", 0), count, elementBytes, stride > 0 ? stride : elementBytes))
                 return malformed(name + " reads past the end of its buffer view");
+        } else if (count > maxZeroFilledElements) {
+            return importError(ImportErrorCode::limitExceeded, name + " declares " + std::to_string(count) +
+                                                                   " elements without a buffer view; at most " +
+                                                                   std::to_string(maxZeroFilledElements) + " are read");
         }
         const QJsonObject sparse = accessor.value(QLatin1String("sparse")).toObject();
         if (!sparse.isEmpty()) {
@@ -158,29 +184,77 @@ std::optional<core::Error> checkDocument(const QJsonObject& gltf, qint64 binLeng
             const QJsonObject indices = sparse.value(QLatin1String("indices")).toObject();
             const QJsonObject values = sparse.value(QLatin1String("values")).toObject();
             const qint64 indexBytes = componentBytes(integer(indices, "componentType", -1));
-            if (sparseCount < 0 || sparseCount > count ||
+            if (sparseCount < 1 || sparseCount > count ||
                 !fits(integer(indices, "bufferView", -1), integer(indices, "byteOffset", 0), sparseCount, indexBytes, indexBytes) ||
                 !fits(integer(values, "bufferView", -1), integer(values, "byteOffset", 0), sparseCount, elementBytes, elementBytes))
                 return malformed(name + " has sparse data outside its buffer views");
         }
     }
 
-    // Assimp dereferences a null pointer on some indexed line loops (found by fuzzing). The
-    // kit draws triangles only, so a file with line loops is refused rather than risked.
+    // The accessor `holder` names under `key`; empty when it names none.
+    const auto accessorAt = [&](const QJsonObject& holder, const char* key) {
+        const qint64 index = integer(holder, key, -1);
+        return index >= 0 && index < accessors.size() ? accessors[index].toObject() : QJsonObject();
+    };
     const QJsonArray meshes = gltf.value(QLatin1String("meshes")).toArray();
-    for (const QJsonValue& mesh : meshes)
-        for (const QJsonValue& primitive : mesh.toObject().value(QLatin1String("primitives")).toArray())
-            if (integer(primitive.toObject(), "mode", 4) == 2)
+    for (qsizetype m = 0; m < meshes.size(); ++m) {
+        const QJsonArray primitives = meshes[m].toObject().value(QLatin1String("primitives")).toArray();
+        for (qsizetype p = 0; p < primitives.size(); ++p) {
+            const QJsonObject primitive = primitives[p].toObject();
+            const std::string name = "mesh " + std::to_string(m) + " primitive " + std::to_string(p);
+            const qint64 mode = integer(primitive, "mode", 4);
+            if (mode < 0 || mode >= static_cast<qint64>(std::size(minimumElements)))
+                return malformed(name + " has an unknown mode");
+            // Assimp dereferences a null pointer on some indexed line loops (found by
+            // fuzzing). The kit draws triangles only, so line loops are refused, not risked.
+            if (mode == modeLineLoop)
                 return importError(ImportErrorCode::unsupportedFeature, "glTF line-loop primitives are not supported");
+            const QJsonObject attributes = primitive.value(QLatin1String("attributes")).toObject();
+            for (auto it = attributes.begin(); it != attributes.end(); ++it) {
+                const qint64 index = it.value().toInteger(-1);
+                if (index < 0 || index >= accessors.size())
+                    return malformed(name + " names a missing accessor for " + it.key().toStdString());
+            }
+            // A primitive without positions is allowed (it draws nothing), so it counts as
+            // having no vertices.
+            qint64 elements = integer(accessorAt(attributes, "POSITION"), "count", 0);
+            if (primitive.contains(QLatin1String("indices"))) {
+                const QJsonObject indices = accessorAt(primitive, "indices");
+                const qint64 type = integer(indices, "componentType", -1);
+                if (indices.value(QLatin1String("type")).toString() != QLatin1String("SCALAR") ||
+                    (type != 5121 && type != 5123 && type != 5125))
+                    return malformed(name + " has indices that are not an accessor of unsigned integers");
+                elements = integer(indices, "count", 0);
+            }
+            if (elements < minimumElements[mode])
+                return malformed(name + " has " + std::to_string(elements) + " elements, too few for one primitive of mode " +
+                                 std::to_string(mode));
+        }
+    }
 
     const QJsonArray images = gltf.value(QLatin1String("images")).toArray();
     for (qsizetype i = 0; i < images.size(); ++i) {
         const QJsonObject image = images[i].toObject();
+        const std::string name = "image " + std::to_string(i);
         if (image.contains(QLatin1String("bufferView"))) {
             const qint64 view = integer(image, "bufferView", -1);
-            if (view < 0 || view >= static_cast<qint64>(viewLengths.size()))
-                return malformed("image " + std::to_string(i) + " names a missing buffer view");
+            if (view < 0 || view >= static_cast<qint64>(viewLengths.size())) return malformed(name + " names a missing buffer view");
+            if (!image.contains(QLatin1String("mimeType"))) return malformed(name + " in a buffer view has no mimeType");
         }
+        // The reader takes the part after the slash as the file extension without checking
+        // that there is a slash, and reads from address 1 when there is none.
+        if (image.contains(QLatin1String("mimeType"))) {
+            const QString mime = image.value(QLatin1String("mimeType")).toString();
+            if (!mime.startsWith(QLatin1String("image/")) || mime.size() == 6)
+                return malformed(name + " has a mimeType that is not image/<type>");
+        }
+    }
+    const QJsonArray textures = gltf.value(QLatin1String("textures")).toArray();
+    for (qsizetype i = 0; i < textures.size(); ++i) {
+        const QJsonObject texture = textures[i].toObject();
+        const qint64 source = integer(texture, "source", -1);
+        if (texture.contains(QLatin1String("source")) && (source < 0 || source >= images.size()))
+            return malformed("texture " + std::to_string(i) + " names a missing image");
     }
     return std::nullopt;
 }

@@ -1,10 +1,12 @@
 #pragma once
 // Checks a glTF 2.0 file (GLB or JSON) before the scene import library reads it: the GLB
 // container version and chunk lengths, and that every buffer view lies inside its buffer,
-// every accessor inside its buffer view and every buffer inside the bytes that back it.
-// The library's glTF reader trusts these ranges and reads past its buffers when a file
-// lies about them, so such a file must end here as an error. Line-loop primitives, which
-// crash that reader, are refused as unsupported.
+// every accessor inside its buffer view and every buffer inside the bytes that back it;
+// byte strides, accessor counts and types, each primitive's element count against its mode,
+// and image and texture references. The library's glTF reader trusts all of these and reads
+// past its buffers, allocates for about 2^32 elements or dereferences bad pointers when a
+// file lies about them, so such a file must end here as an error. Line-loop primitives,
+// which crash that reader, are refused as unsupported.
 // Thread: any; no shared state.
 
 #include "core/Error.h"
