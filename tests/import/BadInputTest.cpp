@@ -6,6 +6,7 @@
 #include "import/ImportError.h"
 #include "import/SceneImporter.h"
 #include "support/Corpus.h"
+#include "support/ZipBuilder.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>
@@ -158,40 +159,14 @@ TEST(BadInputTest, HtmlPageUnderAModelNameAndEmptyFileAreNotModels) {
     EXPECT_EQ(errorCode(importSurvives(dir / "missing.usdz")), static_cast<int>(ImportErrorCode::unreadableFile));
 }
 
-// A zip archive with one entry, written by hand: `declaredSize` goes into both size fields
-// of the headers whatever the real data length, so the archive can lie.
-Bytes zipWithEntry(const std::string& name, const Bytes& data, std::uint16_t method, std::uint32_t declaredSize,
+// A zip archive with one unaligned entry whose headers declare `storedSize` and
+// `uncompressedSize` whatever the real data length, so the archive can lie.
+Bytes zipWithEntry(const std::string& name, const Bytes& data, std::uint16_t method, std::uint32_t storedSize,
                    std::uint32_t uncompressedSize) {
-    Bytes zip;
-    const auto u16 = [](Bytes& out, std::uint32_t v) { out.insert(out.end(), {std::uint8_t(v), std::uint8_t(v >> 8)}); };
-    const auto u32 = [&](Bytes& out, std::uint32_t v) { u16(out, v & 0xffff); u16(out, v >> 16); };
-    const auto header = [&](bool local) {
-        u32(zip, local ? 0x04034b50 : 0x02014b50);
-        if (!local) u16(zip, 20);
-        for (std::uint32_t v : {20u, 0u, std::uint32_t(method), 0u, 0u}) u16(zip, v); // version, flags, method, time, date
-        u32(zip, 0);                                                                    // crc, deliberately wrong
-        u32(zip, declaredSize);
-        u32(zip, uncompressedSize);
-        u16(zip, static_cast<std::uint32_t>(name.size()));
-        u16(zip, 0); // extra
-        if (!local) {
-            for (int i = 0; i < 4; ++i) u16(zip, 0); // comment, disk, internal attributes
-            u32(zip, 0);                             // external attributes
-            u32(zip, 0);                             // local header offset
-        }
-        zip.insert(zip.end(), name.begin(), name.end());
-    };
-    header(true);
-    zip.insert(zip.end(), data.begin(), data.end());
-    const auto centralOffset = static_cast<std::uint32_t>(zip.size());
-    header(false);
-    const auto centralSize = static_cast<std::uint32_t>(zip.size()) - centralOffset;
-    u32(zip, 0x06054b50);
-    for (std::uint32_t v : {0u, 0u, 1u, 1u}) u16(zip, v);
-    u32(zip, centralSize);
-    u32(zip, centralOffset);
-    u16(zip, 0);
-    return zip;
+    return testing::ZipBuilder()
+        .add({.name = name, .content = std::string(data.begin(), data.end()), .align = false,
+              .declaredSize = uncompressedSize, .declaredStoredSize = storedSize, .method = method})
+        .build();
 }
 
 TEST(BadInputTest, ZipArchivesDeclaringHugeSizesEndInErrors) {

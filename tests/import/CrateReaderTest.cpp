@@ -7,9 +7,9 @@
 #include "import/usd/UsdaParser.h"
 #include "import/usd/UsdzArchive.h"
 #include "support/Corpus.h"
+#include "support/CrateWriter.h"
 
 #include <gtest/gtest.h>
-#include <lz4.h>
 
 #include <cmath>
 #include <cstring>
@@ -24,264 +24,8 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Crate type numbers and spec types used below.
-enum : std::uint8_t {
-    tBool = 1, tInt = 3, tInt64 = 5, tHalf = 7, tFloat = 8, tDouble = 9, tString = 10, tToken = 11, tAsset = 12,
-    tMatrix4d = 15, tQuatf = 17, tVec2f = 20, tVec3f = 24, tDictionary = 31, tTokenListOp = 32,
-    tStringListOp = 33, tPathListOp = 34, tReferenceListOp = 35, tTokenVector = 41, tSpecifier = 42,
-    tVariability = 44, tVariantSelection = 45, tTimeSamples = 46, tPayload = 47, tDoubleVector = 48,
-    tPayloadListOp = 55,
-};
-enum : std::uint32_t { sAttribute = 1, sPrim = 6, sPseudoRoot = 7, sRelationship = 8, sVariant = 10, sVariantSet = 11 };
-constexpr unsigned isArray = 1, isInlined = 2, isCompressed = 4;
-constexpr std::uint8_t prepended = 1u << 5, explicitItems = (1u << 0) | (1u << 1);
-
-std::uint64_t rep(std::uint8_t type, std::uint64_t payload, unsigned flags = 0) {
-    return (flags & isArray ? 1ull << 63 : 0) | (flags & isInlined ? 1ull << 62 : 0) |
-           (flags & isCompressed ? 1ull << 61 : 0) | (std::uint64_t{type} << 48) | payload;
-}
-
-template <class T> void append(Bytes& out, const T& value) {
-    const auto* p = reinterpret_cast<const std::uint8_t*>(&value);
-    out.insert(out.end(), p, p + sizeof(T));
-}
-
-Bytes lz4Framed(const Bytes& raw) {
-    Bytes out(1 + static_cast<std::size_t>(LZ4_compressBound(static_cast<int>(raw.size()))), 0);
-    const int n = LZ4_compress_default(reinterpret_cast<const char*>(raw.data()), reinterpret_cast<char*>(out.data() + 1),
-                                       static_cast<int>(raw.size()), static_cast<int>(out.size() - 1));
-    out.resize(1 + static_cast<std::size_t>(n));
-    return out;
-}
-
-// Integer coding as the format describes it: the most common delta, 2-bit codes, and the
-// smallest delta width that holds each other delta.
-template <class Int> Bytes encodeInts(const std::vector<Int>& values) {
-    using Small = std::conditional_t<sizeof(Int) == 4, std::int8_t, std::int16_t>;
-    using Medium = std::conditional_t<sizeof(Int) == 4, std::int16_t, std::int32_t>;
-    std::vector<Int> deltas;
-    std::map<Int, int> frequency;
-    Int previous = 0;
-    for (Int v : values) { deltas.push_back(v - previous); ++frequency[v - previous]; previous = v; }
-    Int common = 0;
-    int best = 0;
-    for (auto [delta, n] : frequency) if (n > best) { best = n; common = delta; }
-    Bytes out;
-    append(out, common);
-    Bytes codes((values.size() + 3) / 4, 0), wide;
-    for (std::size_t i = 0; i < deltas.size(); ++i) {
-        const Int d = deltas[i];
-        unsigned code = 3;
-        if (d == common) code = 0;
-        else if (d >= std::numeric_limits<Small>::min() && d <= std::numeric_limits<Small>::max()) { code = 1; append(wide, static_cast<Small>(d)); }
-        else if (d >= std::numeric_limits<Medium>::min() && d <= std::numeric_limits<Medium>::max()) { code = 2; append(wide, static_cast<Medium>(d)); }
-        else append(wide, d);
-        codes[i / 4] = static_cast<std::uint8_t>(codes[i / 4] | (code << (2 * (i % 4))));
-    }
-    out.insert(out.end(), codes.begin(), codes.end());
-    out.insert(out.end(), wide.begin(), wide.end());
-    return out;
-}
-
-template <class Int> void appendCompressedInts(Bytes& out, const std::vector<Int>& values) {
-    const Bytes framed = lz4Framed(encodeInts(values));
-    append(out, std::uint64_t{framed.size()});
-    out.insert(out.end(), framed.begin(), framed.end());
-}
-
-// Writes crate files: values go out of line as they are added, structural sections and the
-// table of contents at build().
-class CrateBuilder {
-public:
-    explicit CrateBuilder(unsigned minor, unsigned major = 0) : minor_(minor), file_(88, 0) {
-        std::memcpy(file_.data(), "PXR-USDC", 8);
-        file_[8] = static_cast<std::uint8_t>(major);
-        file_[9] = static_cast<std::uint8_t>(minor);
-        token("");  // index 0 cannot be negated, so no property name may use it
-    }
-
-    std::uint32_t token(const std::string& text) {
-        const auto it = std::find(tokens_.begin(), tokens_.end(), text);
-        if (it != tokens_.end()) return static_cast<std::uint32_t>(it - tokens_.begin());
-        tokens_.push_back(text);
-        return static_cast<std::uint32_t>(tokens_.size() - 1);
-    }
-    std::uint32_t string(const std::string& text) {
-        strings_.push_back(token(text));
-        return static_cast<std::uint32_t>(strings_.size() - 1);
-    }
-    std::uint32_t path(const std::string& p) { addPath(p); return pathIndex_.at(p); }
-
-    std::uint64_t here() const { return file_.size(); }
-    template <class T> std::uint64_t put(const T& value) { const auto at = here(); append(file_, value); return at; }
-    template <class T> std::uint64_t putAll(const std::vector<T>& values) {
-        const auto at = here();
-        for (const T& v : values) append(file_, v);
-        return at;
-    }
-    std::uint64_t arrayCount(std::uint64_t n) {
-        const auto at = here();
-        if (minor_ < 5) put(std::uint32_t{1});
-        if (minor_ < 7) put(static_cast<std::uint32_t>(n)); else put(n);
-        return at;
-    }
-    template <class T> std::uint64_t array(std::uint8_t type, const std::vector<T>& values, int width = 1) {
-        const auto at = arrayCount(values.size() / static_cast<std::size_t>(width));
-        putAll(values);
-        return rep(type, at, isArray);
-    }
-    template <class Int> void putCompressedInts(const std::vector<Int>& values) { appendCompressedInts(file_, values); }
-    template <class Int> std::uint64_t compressedArray(std::uint8_t type, const std::vector<Int>& values) {
-        const auto at = arrayCount(values.size());
-        putCompressedInts(values);
-        return rep(type, at, isArray | isCompressed);
-    }
-    std::uint64_t tokenVector(const std::vector<std::string>& items) {
-        const auto at = put(std::uint64_t{items.size()});
-        for (const auto& t : items) put(token(t));
-        return rep(tTokenVector, at);
-    }
-    std::uint64_t listOp(std::uint8_t type, std::uint8_t header, const std::vector<std::uint32_t>& items) {
-        const auto at = put(header);
-        put(std::uint64_t{items.size()});
-        putAll(items);
-        return rep(type, at);
-    }
-    std::uint64_t tokenInline(const std::string& t) { return rep(tToken, token(t), isInlined); }
-
-    void spec(const std::string& p, std::uint32_t type, std::vector<std::pair<std::string, std::uint64_t>> fields) {
-        specs_.push_back({path(p), type, static_cast<std::uint32_t>(fieldSets_.size())});
-        for (const auto& [name, value] : fields) {
-            fieldSets_.push_back(static_cast<std::int32_t>(fieldNames_.size()));
-            fieldNames_.push_back(static_cast<std::int32_t>(token(name)));
-            fieldReps_.push_back(value);
-        }
-        fieldSets_.push_back(-1);
-    }
-
-    Bytes build() {
-        Bytes out = file_;
-        std::vector<std::pair<std::string, std::pair<std::uint64_t, std::uint64_t>>> toc;
-        const auto section = [&](const char* name, const Bytes& body) {
-            toc.push_back({name, {out.size(), body.size()}});
-            out.insert(out.end(), body.begin(), body.end());
-        };
-        Bytes tokens, text;
-        for (const auto& t : tokens_) { text.insert(text.end(), t.begin(), t.end()); text.push_back(0); }
-        const Bytes framedText = lz4Framed(text);
-        append(tokens, std::uint64_t{tokens_.size()}); append(tokens, std::uint64_t{text.size()});
-        append(tokens, std::uint64_t{framedText.size()});
-        tokens.insert(tokens.end(), framedText.begin(), framedText.end());
-        section("TOKENS", tokens);
-
-        Bytes strings;
-        append(strings, std::uint64_t{strings_.size()});
-        for (auto s : strings_) append(strings, s);
-        section("STRINGS", strings);
-
-        Bytes fields, reps;
-        append(fields, std::uint64_t{fieldNames_.size()});
-        appendCompressedInts(fields, fieldNames_);
-        for (auto r : fieldReps_) append(reps, r);
-        const Bytes framedReps = lz4Framed(reps);
-        append(fields, std::uint64_t{framedReps.size()});
-        fields.insert(fields.end(), framedReps.begin(), framedReps.end());
-        section("FIELDS", fields);
-
-        Bytes sets;
-        append(sets, std::uint64_t{fieldSets_.size()});
-        appendCompressedInts(sets, fieldSets_);
-        section("FIELDSETS", sets);
-
-        section("PATHS", encodePaths());
-
-        Bytes specs;
-        std::vector<std::int32_t> specPaths, specSets, specTypes;
-        for (const auto& s : specs_) {
-            specPaths.push_back(static_cast<std::int32_t>(s.path));
-            specSets.push_back(static_cast<std::int32_t>(s.fieldSet));
-            specTypes.push_back(static_cast<std::int32_t>(s.type));
-        }
-        append(specs, std::uint64_t{specs_.size()});
-        appendCompressedInts(specs, specPaths); appendCompressedInts(specs, specSets); appendCompressedInts(specs, specTypes);
-        section("SPECS", specs);
-
-        const std::uint64_t tocOffset = out.size();
-        append(out, std::uint64_t{toc.size()});
-        for (const auto& [name, range] : toc) {
-            char padded[16] = {};
-            std::memcpy(padded, name.data(), name.size());
-            append(out, padded); append(out, range.first); append(out, range.second);
-        }
-        std::memcpy(out.data() + 16, &tocOffset, 8);
-        return out;
-    }
-
-private:
-    struct SpecRecord { std::uint32_t path, type, fieldSet; };
-    struct PathNode { std::string path; std::int32_t element; std::vector<std::string> children; };
-
-    // "/A/B.c" -> ("/A/B", "c", property); "/A{v=x}" -> ("/A", "{v=x}"); "/A{v=x}B" -> ("/A{v=x}", "B").
-    static std::tuple<std::string, std::string, bool> split(const std::string& p) {
-        if (p.back() == '}') { const auto brace = p.rfind('{'); return {p.substr(0, brace), p.substr(brace), false}; }
-        const auto sep = p.find_last_of("/}");
-        const auto dot = p.rfind('.');
-        if (dot != std::string::npos && dot > sep) return {p.substr(0, dot), p.substr(dot + 1), true};
-        if (p[sep] == '/') return {sep == 0 ? "/" : p.substr(0, sep), p.substr(sep + 1), false};
-        return {p.substr(0, sep + 1), p.substr(sep + 1), false};
-    }
-
-    void addPath(const std::string& p) {
-        if (pathIndex_.count(p)) return;
-        std::int32_t element = 0;
-        if (p != "/") {
-            const auto [parent, name, property] = split(p);
-            addPath(parent);
-            nodes_[parent].children.push_back(p);
-            element = property ? -static_cast<std::int32_t>(token(name)) : static_cast<std::int32_t>(token(name));
-        }
-        pathIndex_[p] = static_cast<std::uint32_t>(pathIndex_.size());
-        nodes_[p].path = p;
-        nodes_[p].element = element;
-    }
-
-    void emit(const std::string& p, bool hasSibling, std::vector<std::int32_t>& indices, std::vector<std::int32_t>& elements,
-              std::vector<std::int32_t>& jumps) {
-        const std::size_t at = indices.size();
-        const PathNode& node = nodes_.at(p);
-        indices.push_back(static_cast<std::int32_t>(pathIndex_.at(p)));
-        elements.push_back(node.element);
-        jumps.push_back(0);
-        for (std::size_t i = 0; i < node.children.size(); ++i) {
-            emit(node.children[i], i + 1 < node.children.size(), indices, elements, jumps);
-        }
-        const bool hasChild = !node.children.empty();
-        jumps[at] = hasChild && hasSibling ? static_cast<std::int32_t>(indices.size() - at)
-                    : hasChild             ? -1
-                    : hasSibling           ? 0
-                                           : -2;
-    }
-
-    Bytes encodePaths() {
-        std::vector<std::int32_t> indices, elements, jumps;
-        emit("/", false, indices, elements, jumps);
-        Bytes out;
-        append(out, std::uint64_t{indices.size()});
-        append(out, std::uint64_t{indices.size()});
-        appendCompressedInts(out, indices); appendCompressedInts(out, elements); appendCompressedInts(out, jumps);
-        return out;
-    }
-
-    unsigned minor_;
-    Bytes file_;
-    std::vector<std::string> tokens_;
-    std::vector<std::uint32_t> strings_;
-    std::map<std::string, std::uint32_t> pathIndex_;
-    std::map<std::string, PathNode> nodes_;
-    std::vector<std::int32_t> fieldNames_, fieldSets_;
-    std::vector<std::uint64_t> fieldReps_;
-    std::vector<SpecRecord> specs_;
-};
+using namespace testing::crate;
+using testing::CrateWriter;
 
 core::Result<Layer> readBytes(const Bytes& bytes) { return CrateReader::read(bytes, "test.usdc"); }
 
@@ -315,7 +59,7 @@ std::vector<std::string> tokenTexts(const TokenArray& tokens) {
 
 // One small dish scene, written as each crate version writes it.
 Bytes dishScene(unsigned minor) {
-    CrateBuilder b(minor);
+    CrateWriter b(minor);
     const bool compressedArrays = minor >= 5;
     std::vector<std::int32_t> indices;
     for (int i = 0; i < 40; ++i) indices.push_back(i % 3 == 0 ? 1000 + i : i);
@@ -449,7 +193,7 @@ INSTANTIATE_TEST_SUITE_P(, CrateVersions, ::testing::Values(4u, 5u, 6u, 7u, 8u, 
                          [](const auto& info) { return "v0_" + std::to_string(info.param); });
 
 TEST(CrateReader, CompressedNumericArraysDecodeInEveryCoding) {
-    CrateBuilder b(9);
+    CrateWriter b(9);
     std::vector<std::int32_t> integral;     // 'i': integral floats stored as compressed ints
     std::vector<std::int32_t> lutIndices;   // 't': a table of distinct values and indices
     std::vector<std::int64_t> wide;
@@ -500,7 +244,7 @@ TEST(CrateReader, CompressedNumericArraysDecodeInEveryCoding) {
 }
 
 TEST(CrateReader, InlinedValuesUnpackToTheirDeclaredTypes) {
-    CrateBuilder b(8);
+    CrateWriter b(8);
     b.spec("/", sPseudoRoot, {});
     b.spec("/A", sPrim,
            {{"vec", rep(tVec3f, 0x00fe7f, isInlined)},            // (127, -2, 0)
@@ -533,7 +277,7 @@ TEST(CrateReader, InlinedValuesUnpackToTheirDeclaredTypes) {
 TEST(CrateReader, VersionsAndHeadersOutsideWhatItReadsAreRefused) {
     using C = ImportErrorCode;
     const auto minimal = [](unsigned minor, unsigned major = 0) {
-        CrateBuilder b(minor, major);
+        CrateWriter b(minor, major);
         b.spec("/", sPseudoRoot, {});
         return b.build();
     };
@@ -549,22 +293,22 @@ TEST(CrateReader, VersionsAndHeadersOutsideWhatItReadsAreRefused) {
 TEST(CrateReader, LyingOrHostileFilesEndInClearErrors) {
     using C = ImportErrorCode;
     const auto withField = [](auto&& value) {
-        CrateBuilder b(9);
+        CrateWriter b(9);
         b.spec("/", sPseudoRoot, {{"default", value(b)}});
         return readBytes(b.build());
     };
     // An array claiming far more elements than the file holds.
-    expectError(withField([](CrateBuilder& b) { const auto at = b.put(std::uint64_t{1} << 40); return rep(tVec3f, at, isArray); }),
+    expectError(withField([](CrateWriter& b) { const auto at = b.put(std::uint64_t{1} << 40); return rep(tVec3f, at, isArray); }),
                 C::malformedData, "do not fit");
     // A compressed array claiming billions of integers from a few bytes.
-    expectError(withField([](CrateBuilder& b) {
+    expectError(withField([](CrateWriter& b) {
                     const auto at = b.put(std::uint64_t{1} << 33);
                     b.putCompressedInts(std::vector<std::int32_t>{1, 2, 3});
                     return rep(tInt, at, isArray | isCompressed);
                 }),
                 C::malformedData, "cannot fit");
     // A dictionary whose entry jumps back to the dictionary itself.
-    expectError(withField([](CrateBuilder& b) {
+    expectError(withField([](CrateWriter& b) {
                     const auto at = b.put(std::uint64_t{1});
                     b.put(b.string("loop"));
                     b.put(std::int64_t{8});
@@ -573,7 +317,7 @@ TEST(CrateReader, LyingOrHostileFilesEndInClearErrors) {
                 }),
                 C::malformedData, "nested too deeply");
     // Time samples with more values than times.
-    expectError(withField([](CrateBuilder& b) {
+    expectError(withField([](CrateWriter& b) {
                     const auto times = b.put(std::uint64_t{1});
                     b.put(0.0);
                     const auto at = b.put(std::int64_t{8});
@@ -584,18 +328,18 @@ TEST(CrateReader, LyingOrHostileFilesEndInClearErrors) {
                 }),
                 C::malformedData, "3 values for 1 times");
     // Offsets, jumps and indices pointing outside the file or the tables.
-    expectError(withField([](CrateBuilder&) { return rep(tQuatf, 1ull << 40); }), C::malformedData, "lies outside");
-    expectError(withField([](CrateBuilder& b) { const auto at = b.put(std::int64_t{-1000000}); return rep(tTimeSamples, at); }),
+    expectError(withField([](CrateWriter&) { return rep(tQuatf, 1ull << 40); }), C::malformedData, "lies outside");
+    expectError(withField([](CrateWriter& b) { const auto at = b.put(std::int64_t{-1000000}); return rep(tTimeSamples, at); }),
                 C::malformedData, "before the start");
-    expectError(withField([](CrateBuilder&) { return rep(tToken, 12345, isInlined); }), C::malformedData,
+    expectError(withField([](CrateWriter&) { return rep(tToken, 12345, isInlined); }), C::malformedData,
                 "/ field default: token index 12345 out of range");
-    expectError(withField([](CrateBuilder& b) {
+    expectError(withField([](CrateWriter& b) {
                     const auto at = b.arrayCount(20);
                     b.put('x');
                     return rep(tFloat, at, isArray | isCompressed);
                 }),
                 C::malformedData, "unknown coding");
-    expectError(withField([](CrateBuilder& b) {
+    expectError(withField([](CrateWriter& b) {
                     const auto at = b.arrayCount(20);
                     b.put('t'); b.put(std::uint32_t{1}); b.put(1.0f);
                     b.putCompressedInts(std::vector<std::int32_t>(20, 1));
@@ -605,7 +349,7 @@ TEST(CrateReader, LyingOrHostileFilesEndInClearErrors) {
 }
 
 TEST(CrateReader, MissingSectionsAndBrokenStructureAreReported) {
-    CrateBuilder b(8);
+    CrateWriter b(8);
     b.spec("/", sPseudoRoot, {});
     const Bytes good = b.build();
     Bytes renamed = good;

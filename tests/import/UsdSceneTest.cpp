@@ -1,9 +1,9 @@
 #include "import/ImportError.h"
 #include "import/usd/UsdImporter.h"
 #include "support/Corpus.h"
+#include "support/ZipBuilder.h"
 
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <QTemporaryDir>
 
@@ -18,52 +18,11 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Writes a USDZ package as the format wants it: stored entries whose data start on 64-byte
-// boundaries (padding in a 0x1986 extra field), a central directory and its end record.
+// A USDZ package of stored, aligned entries.
 std::shared_ptr<Bytes> package(const std::vector<std::pair<std::string, std::string>>& files) {
-    auto zip = std::make_shared<Bytes>();
-    const auto u16 = [&](Bytes& out, std::uint32_t v) { out.insert(out.end(), {std::uint8_t(v), std::uint8_t(v >> 8)}); };
-    const auto u32 = [&](Bytes& out, std::uint32_t v) { u16(out, v & 0xffff); u16(out, v >> 16); };
-    Bytes central;
-    for (const auto& [name, data] : files) {
-        const auto offset = static_cast<std::uint32_t>(zip->size());
-        const auto crc = static_cast<std::uint32_t>(
-            crc32(0, reinterpret_cast<const Bytef*>(data.data()), static_cast<uInt>(data.size())));
-        const std::size_t padding = (64 - (zip->size() + 30 + name.size() + 4) % 64) % 64;
-        const auto header = [&](Bytes& out, bool local) {
-            u32(out, local ? 0x04034b50 : 0x02014b50);
-            if (!local) u16(out, 20);
-            for (std::uint32_t v : {20u, 0u, 0u, 0u, 0u}) u16(out, v);  // version, flags, method, time, date
-            u32(out, crc);
-            u32(out, static_cast<std::uint32_t>(data.size()));
-            u32(out, static_cast<std::uint32_t>(data.size()));
-            u16(out, static_cast<std::uint32_t>(name.size()));
-            u16(out, local ? static_cast<std::uint32_t>(4 + padding) : 0);
-            if (!local) {
-                for (int i = 0; i < 3; ++i) u16(out, 0);  // comment, disk, internal attributes
-                u32(out, 0);
-                u32(out, offset);
-            }
-            out.insert(out.end(), name.begin(), name.end());
-        };
-        header(*zip, true);
-        u16(*zip, 0x1986);
-        u16(*zip, static_cast<std::uint32_t>(padding));
-        zip->insert(zip->end(), padding, 0);
-        zip->insert(zip->end(), data.begin(), data.end());
-        header(central, false);
-    }
-    const auto centralOffset = static_cast<std::uint32_t>(zip->size());
-    zip->insert(zip->end(), central.begin(), central.end());
-    u32(*zip, 0x06054b50);
-    u16(*zip, 0);
-    u16(*zip, 0);
-    u16(*zip, static_cast<std::uint32_t>(files.size()));
-    u16(*zip, static_cast<std::uint32_t>(files.size()));
-    u32(*zip, static_cast<std::uint32_t>(central.size()));
-    u32(*zip, centralOffset);
-    u16(*zip, 0);
-    return zip;
+    testing::ZipBuilder zip;
+    for (const auto& [name, data] : files) zip.add(name, data);
+    return std::make_shared<Bytes>(zip.build());
 }
 
 core::Result<ImportedScene> importText(const std::string& text, const std::string& name = "/nowhere/test.usda") {
