@@ -267,6 +267,61 @@ TEST(GltfImportTest, RangesThatLieAboutTheirBuffersAreRejectedBeforeReading) {
     EXPECT_TRUE(importGltfBytes(glb, "glb"));
 }
 
+// Declarations that drove Assimp's reader into allocating about 64 GiB or reading address 1
+// (found by fuzzing), and their neighbours that break the same rules; a valid file that
+// merely looks like them still loads.
+TEST(GltfImportTest, DeclarationsThatMisleadTheReaderAreRejected) {
+    const QJsonObject good = QJsonDocument::fromJson(gltfWithDataUris(redPng())).object();
+    // `good` with `value` set at `key` of item `index` of the top-level array `array`, or of
+    // the first primitive when `array` is "primitive".
+    const auto edited = [&](const char* array, int index, const char* key, const QJsonValue& value) {
+        QJsonObject gltf = good;
+        const bool primitive = std::strcmp(array, "primitive") == 0;
+        QJsonArray items = primitive ? gltf["meshes"].toArray()[0].toObject()["primitives"].toArray() : gltf[array].toArray();
+        QJsonObject item = items[index].toObject();
+        if (value.isUndefined()) item.remove(key);
+        else item[key] = value;
+        items[index] = item;
+        if (primitive) gltf["meshes"] = QJsonArray{QJsonObject{{"primitives", items}}};
+        else gltf[array] = items;
+        return QJsonDocument(gltf).toJson();
+    };
+    const auto expectRefused = [](const QByteArray& gltf, ImportErrorCode code, const std::string& what) {
+        const auto result = importGltfBytes(gltf, "gltf");
+        ASSERT_FALSE(result) << what;
+        EXPECT_EQ(result.error().code(), static_cast<int>(code)) << what;
+        EXPECT_NE(result.error().localizedDescription().find(what), std::string::npos) << result.error().localizedDescription();
+    };
+    const auto malformed = ImportErrorCode::malformedData;
+
+    // A triangle strip with neither positions nor indices has no vertices at all.
+    QJsonObject strip = good;
+    strip["meshes"] = QJsonArray{QJsonObject{{"primitives", QJsonArray{QJsonObject{{"attributes", QJsonObject{}}, {"mode", 5}}}}}};
+    expectRefused(QJsonDocument(strip).toJson(), malformed, "mesh 0 primitive 0 has 0 elements, too few");
+    // A fan of one index.
+    QJsonObject fan = QJsonDocument::fromJson(edited("accessors", 2, "count", 1)).object();
+    fan["meshes"] = QJsonDocument::fromJson(edited("primitive", 0, "mode", 6)).object()["meshes"];
+    expectRefused(QJsonDocument(fan).toJson(), malformed, "has 1 elements, too few for one primitive of mode 6");
+    // The same three indices as a strip or fan draw one triangle.
+    for (int mode : {5, 6}) EXPECT_TRUE(importGltfBytes(edited("primitive", 0, "mode", mode), "gltf")) << mode;
+
+    expectRefused(edited("images", 0, "mimeType", "imagepng"), malformed, "image 0 has a mimeType that is not image/<type>");
+    expectRefused(edited("textures", 0, "source", 3), malformed, "texture 0 names a missing image");
+    expectRefused(edited("bufferViews", 0, "byteStride", 6), malformed, "buffer view 0 has a byteStride that is not 4 to 252");
+    expectRefused(edited("bufferViews", 0, "byteStride", 8), malformed, "accessor 0 has elements larger than its buffer view's byteStride");
+    expectRefused(edited("primitive", 0, "indices", 0), malformed, "indices that are not an accessor of unsigned integers");
+    expectRefused(edited("primitive", 0, "attributes", QJsonObject{{"POSITION", 9}}), malformed, "names a missing accessor for POSITION");
+    expectRefused(edited("accessors", 1, "count", 0), malformed, "accessor 1 has no valid count");
+    // Without a buffer view an accessor is zeros, and its count is bounded by no bytes.
+    QJsonObject zeros = QJsonDocument::fromJson(edited("accessors", 1, "count", 1 << 25)).object();
+    QJsonArray accessors = zeros["accessors"].toArray();
+    QJsonObject texCoords = accessors[1].toObject();
+    texCoords.remove("bufferView");
+    accessors[1] = texCoords;
+    zeros["accessors"] = accessors;
+    expectRefused(QJsonDocument(zeros).toJson(), ImportErrorCode::limitExceeded, "accessor 1 declares 33554432 elements");
+}
+
 // Three nodes named node0..node2 under the root, in file order.
 std::shared_ptr<const ImportedScene> threeNodeScene() {
     const QByteArray glb = testing::TestModels::glbWithNodes(3);
