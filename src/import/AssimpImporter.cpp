@@ -20,10 +20,6 @@ namespace orvanta::import {
 
 namespace {
 
-constexpr unsigned postProcessing = aiProcess_Triangulate | aiProcess_GenSmoothNormals |
-                                    aiProcess_JoinIdenticalVertices | aiProcess_SortByPType |
-                                    aiProcess_ValidateDataStructure;
-
 // Converts one loaded aiScene. `baseDir` resolves external image paths; empty when the
 // data came from memory.
 class Conversion {
@@ -156,6 +152,15 @@ private:
 // glTF input is checked before Assimp sees it (see GltfLayoutCheck).
 bool isGltf(const std::string& format) { return format == "glb" || format == "gltf"; }
 
+// Normals are generated only for meshes that have none. glTF primitives arrive as indexed
+// vertex arrays already, so they skip the search for identical vertices, which hashes and
+// copies every mesh; other formats often store one vertex per face corner and need it.
+unsigned postProcessing(const std::string& format) {
+    constexpr unsigned always = aiProcess_Triangulate | aiProcess_GenSmoothNormals | aiProcess_SortByPType |
+                                aiProcess_ValidateDataStructure;
+    return isGltf(format) ? always : always | aiProcess_JoinIdenticalVertices;
+}
+
 core::Result<ImportedScene> convert(const Assimp::Importer& importer, const aiScene* scene, QString baseDir,
                                     std::string format) {
     if (!scene || !scene->mRootNode || (scene->mFlags & AI_SCENE_FLAGS_INCOMPLETE)) {
@@ -183,7 +188,7 @@ core::Result<ImportedScene> AssimpImporter::importFile(const std::string& path, 
         if (auto error = GltfLayoutCheck::check(view, info.absolutePath())) return *error;
     }
     Assimp::Importer importer;
-    const aiScene* scene = importer.ReadFile(path, postProcessing);
+    const aiScene* scene = importer.ReadFile(path, postProcessing(formatName));
     return convert(importer, scene, info.absolutePath(), std::move(formatName));
 }
 
@@ -192,7 +197,8 @@ core::Result<ImportedScene> AssimpImporter::importBytes(std::span<const std::uin
         if (auto error = GltfLayoutCheck::check(bytes, {})) return *error;
     }
     Assimp::Importer importer;
-    const aiScene* scene = importer.ReadFileFromMemory(bytes.data(), bytes.size(), postProcessing, extensionHint.c_str());
+    const aiScene* scene = importer.ReadFileFromMemory(bytes.data(), bytes.size(), postProcessing(extensionHint),
+                                                        extensionHint.c_str());
     return convert(importer, scene, {}, extensionHint);
 }
 
