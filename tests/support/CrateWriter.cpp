@@ -212,7 +212,7 @@ void CrateWriter::addPath(const std::string& p) {
     nodes_[p].element = element;
 }
 
-void CrateWriter::emit(const std::string& p, bool hasSibling, std::vector<std::int32_t>& indices,
+void CrateWriter::emitPath(const std::string& p, bool hasSibling, std::vector<std::int32_t>& indices,
                        std::vector<std::int32_t>& elements, std::vector<std::int32_t>& jumps) const {
     const std::size_t at = indices.size();
     const PathNode& node = nodes_.at(p);
@@ -220,7 +220,7 @@ void CrateWriter::emit(const std::string& p, bool hasSibling, std::vector<std::i
     elements.push_back(node.element);
     jumps.push_back(0);
     for (std::size_t i = 0; i < node.children.size(); ++i) {
-        emit(node.children[i], i + 1 < node.children.size(), indices, elements, jumps);
+        emitPath(node.children[i], i + 1 < node.children.size(), indices, elements, jumps);
     }
     const bool hasChild = !node.children.empty();
     jumps[at] = hasChild && hasSibling ? static_cast<std::int32_t>(indices.size() - at)
@@ -231,7 +231,7 @@ void CrateWriter::emit(const std::string& p, bool hasSibling, std::vector<std::i
 
 Bytes CrateWriter::encodePaths() const {
     std::vector<std::int32_t> indices, elements, jumps;
-    emit("/", false, indices, elements, jumps);
+    emitPath("/", false, indices, elements, jumps);
     Bytes out;
     append(out, std::uint64_t{indices.size()});
     append(out, std::uint64_t{indices.size()});

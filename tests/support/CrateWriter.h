@@ -4,6 +4,7 @@
 // Callers lay out values themselves, so they can also write files that lie.
 
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <string>
 #include <tuple>
@@ -76,8 +77,9 @@ public:
     Bytes build() const;
 
     template <class T> static void append(Bytes& out, const T& value) {
-        const auto* p = reinterpret_cast<const std::uint8_t*>(&value);
-        out.insert(out.end(), p, p + sizeof(T));
+        const std::size_t at = out.size();
+        out.resize(at + sizeof(T));
+        std::memcpy(out.data() + at, &value, sizeof(T));
     }
 
 private:
@@ -86,7 +88,7 @@ private:
 
     static std::tuple<std::string, std::string, bool> split(const std::string& p);
     void addPath(const std::string& p);
-    void emit(const std::string& p, bool hasSibling, std::vector<std::int32_t>& indices, std::vector<std::int32_t>& elements,
+    void emitPath(const std::string& p, bool hasSibling, std::vector<std::int32_t>& indices, std::vector<std::int32_t>& elements,
               std::vector<std::int32_t>& jumps) const;
     Bytes encodePaths() const;
 
