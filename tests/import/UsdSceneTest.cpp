@@ -306,6 +306,12 @@ def Mesh "BadIndices"
     texCoord2f[] primvars:st = [(0, 0)] ( interpolation = "vertex" )
     int[] primvars:st:indices = [0, 7, 0]
 }
+def Mesh "Wide"
+{
+    point3f[] points = [(0, 0, 0), (1, 0, 0), (1, 1, 0), (0, 1, 0)]
+    int64[] faceVertexCounts = [3, 3]
+    int64[] faceVertexIndices = [0, 1, 2, 0, 2, 4294967299]
+}
 )"));
     const ImportedMesh* fv = meshNamed(scene, "Fv");
     ASSERT_NE(fv, nullptr);
@@ -327,6 +333,11 @@ def Mesh "BadIndices"
     const ImportedMesh* bad = meshNamed(scene, "BadIndices");
     ASSERT_NE(bad, nullptr);
     EXPECT_TRUE(bad->texCoords.empty());  // a stream with an index out of range is left out
+
+    // 64-bit topology reads too; an index past 32 bits is out of range, not cut down to 3.
+    const ImportedMesh* wide = meshNamed(scene, "Wide");
+    ASSERT_NE(wide, nullptr);
+    EXPECT_EQ(wide->indices, (std::vector<std::uint32_t>{0, 1, 2}));
 }
 
 TEST(UsdSceneTest, SubsetsSplitTrianglesByMaterial) {

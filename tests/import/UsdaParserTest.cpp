@@ -106,7 +106,7 @@ lines"""
     EXPECT_EQ(points->width, 3);
     EXPECT_EQ(points->values, (std::vector<float>{0, 1, 2, 3.5f, -400, 0.5f}));
     EXPECT_EQ(field(layer, "/M.points", "typeName").get<Token>()->text, "point3f[]");
-    EXPECT_EQ(field(layer, "/M.faceVertexIndices", "default").get<IntArray>()->values, (std::vector<std::int64_t>{0, 1, 2, 3}));
+    EXPECT_EQ(field(layer, "/M.faceVertexIndices", "default").get<IntArray>()->values, IntArray::Values(IntArray::Narrow{0, 1, 2, 3}));
     const auto* orient = field(layer, "/M.xformOp:orient", "default").get<FloatArray>();
     EXPECT_FALSE(orient->isArray);
     EXPECT_EQ(orient->values, (std::vector<float>{0.5f, 0.25f, 0.125f, 1}));  // (i, j, k, real)
@@ -122,7 +122,7 @@ lines"""
     EXPECT_EQ(field(layer, "/M.file", "default").get<AssetPath>()->path, "odd");
     EXPECT_TRUE(*field(layer, "/M.flag", "default").get<bool>());
     EXPECT_EQ(field(layer, "/M.primvars:st", "interpolation").get<Token>()->text, "faceVarying");
-    EXPECT_EQ(field(layer, "/M.primvars:st", "elementSize").get<IntArray>()->values.at(0), 1);
+    EXPECT_EQ(field(layer, "/M.primvars:st", "elementSize").get<IntArray>()->values, IntArray::Values(IntArray::Narrow{1}));
     EXPECT_TRUE(field(layer, "/M.primvars:st:indices", "default").empty());  // blocked
     const auto* samples = field(layer, "/M.xformOp:translate", "timeSamples").get<TimeSamples>();
     ASSERT_EQ(samples->samples.size(), 2u);
@@ -132,6 +132,28 @@ lines"""
     EXPECT_EQ(*field(layer, "/M.material:binding", "targetPaths").get<PathArray>(), PathArray{"/Looks/Mat"});
     EXPECT_TRUE(field(layer, "/M.unknownType", "default").empty());
     EXPECT_EQ(tokens(field(layer, "/M", "properties")).size(), 17u);
+}
+
+TEST(UsdaParserTest, IntegersKeepTheWidthOfTheirDeclaredType) {
+    const Layer layer = parse(R"(#usda 1.0
+def "A"
+{
+    int[] i = [1, -2147483648]
+    uchar c = 255
+    int2 v = (3, -4)
+    bool[] b = [true, false]
+    uint u = 4000000000
+    int64[] w = [-5000000000, 7]
+}
+)");
+    using Narrow = IntArray::Narrow;
+    using Wide = IntArray::Wide;
+    EXPECT_EQ(field(layer, "/A.i", "default").get<IntArray>()->values, IntArray::Values(Narrow{1, -2147483647 - 1}));
+    EXPECT_EQ(field(layer, "/A.c", "default").get<IntArray>()->values, IntArray::Values(Narrow{255}));
+    EXPECT_EQ(field(layer, "/A.v", "default").get<IntArray>()->values, IntArray::Values(Narrow{3, -4}));
+    EXPECT_EQ(field(layer, "/A.b", "default").get<IntArray>()->values, IntArray::Values(Narrow{1, 0}));
+    EXPECT_EQ(field(layer, "/A.u", "default").get<IntArray>()->values, IntArray::Values(Wide{4000000000}));
+    EXPECT_EQ(field(layer, "/A.w", "default").get<IntArray>()->values, IntArray::Values(Wide{-5000000000, 7}));
 }
 
 TEST(UsdaParserTest, CombinesListOpsForReferencesPayloadsAndVariantSets) {
@@ -188,6 +210,7 @@ TEST(UsdaParserTest, RejectsBrokenTextWithALineNumber) {
         {"#usda 1.0\ndef \"A\" { double d = 1e999 }", "out of range"},
         {"#usda 1.0\ndef \"A\" { float f = 1e39 }", "out of range for float"},
         {"#usda 1.0\ndef \"A\" { int i = 99999999999999999999 }", "not an integer in range"},
+        {"#usda 1.0\ndef \"A\" { int[] i = [1, 3000000000] }", "integer out of range for a 32-bit type"},
         {"#usda 1.0\ndef \"A\" { float3 v = (1, 2) }", "wrong number of components"},
         {"#usda 1.0\ndef \"A/B\" { }", "invalid prim name"},
         {"#usda 1.0\ndef \"A\" { rel r = <../../X> }", "climbs above the root"},

@@ -99,7 +99,6 @@ std::vector<Out> CrateIntegerCoding::read(CrateCursor& cursor, std::uint64_t cou
 }
 
 template std::vector<std::int32_t> CrateIntegerCoding::read<std::int32_t>(CrateCursor&, std::uint64_t, CrateBudget&);
-template std::vector<std::int64_t> CrateIntegerCoding::read<std::int32_t, std::int64_t>(CrateCursor&, std::uint64_t, CrateBudget&);
 template std::vector<std::int64_t> CrateIntegerCoding::read<std::uint32_t, std::int64_t>(CrateCursor&, std::uint64_t, CrateBudget&);
 template std::vector<std::int64_t> CrateIntegerCoding::read<std::int64_t>(CrateCursor&, std::uint64_t, CrateBudget&);
 

@@ -8,7 +8,7 @@
 // ...); token, string and path list ops become TokenArray, StringArray and PathArray holding
 // their explicit, added, prepended and appended items; references and payloads (list op or
 // single) become ReferenceArray; asset[] and bool[] become StringArray and IntArray; int2-4
-// vectors are flattened into IntArray. Relationships carry no typeName field.
+// vectors are flattened into IntArray, which keeps the declared type's width. Relationships carry no typeName field.
 // Thread: stateless; any thread.
 
 #include "core/Result.h"

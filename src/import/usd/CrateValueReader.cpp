@@ -175,9 +175,10 @@ Value CrateValueReader::unpackInlined(std::uint8_t type, std::uint64_t payload) 
         // Scalars of up to four bytes sit in the payload as they are; wider ones were written
         // as their 32-bit counterpart because the value fits it.
         switch (numeric.component) {
-        case Component::u8: return Value{IntArray{{low & 0xffu}, false}};
-        case Component::i32: case Component::i64: return Value{IntArray{{std::bit_cast<std::int32_t>(low)}, false}};
-        case Component::u32: case Component::u64: return Value{IntArray{{low}, false}};
+        case Component::u8: return Value{IntArray{IntArray::Narrow{static_cast<std::int32_t>(low & 0xffu)}, false}};
+        case Component::i32: return Value{IntArray{IntArray::Narrow{std::bit_cast<std::int32_t>(low)}, false}};
+        case Component::i64: return Value{IntArray{IntArray::Wide{std::bit_cast<std::int32_t>(low)}, false}};
+        case Component::u32: case Component::u64: return Value{IntArray{IntArray::Wide{low}, false}};
         case Component::f16: return Value{FloatArray{1, {halfToFloat(static_cast<std::uint16_t>(low))}, false}};
         case Component::f32: return Value{FloatArray{1, {std::bit_cast<float>(low)}, false}};
         default: return Value{DoubleArray{1, {std::bit_cast<float>(low)}, false}};
@@ -195,7 +196,7 @@ Value CrateValueReader::unpackInlined(std::uint8_t type, std::uint64_t payload) 
     case Component::f64: return Value{DoubleArray{numeric.width, std::move(components), false}};
     case Component::f32: case Component::f16:
         return Value{FloatArray{numeric.width, std::vector<float>(components.begin(), components.end()), false}};
-    default: return Value{IntArray{std::vector<std::int64_t>(components.begin(), components.end()), false}};
+    default: return Value{IntArray{IntArray::Narrow(components.begin(), components.end()), false}};
     }
 }
 
@@ -217,7 +218,7 @@ Value CrateValueReader::readScalar(std::uint8_t type, CrateCursor& at, int depth
     case typePayloadListOp: return Value{readReferences(at, true, true, depth)};
     case typePayload: return Value{readReferences(at, true, false, depth)};
     case typeIntListOp:
-        return Value{IntArray{readListOp<std::int64_t>(at, 4, [](CrateCursor& c) { return std::int64_t{c.read<std::int32_t>()}; })}};
+        return Value{IntArray{readListOp<std::int32_t>(at, 4, [](CrateCursor& c) { return c.read<std::int32_t>(); })}};
     case typeUIntListOp:
         return Value{IntArray{readListOp<std::int64_t>(at, 4, [](CrateCursor& c) { return std::int64_t{c.read<std::uint32_t>()}; })}};
     case typeInt64ListOp: case typeUInt64ListOp:
@@ -303,7 +304,7 @@ Value CrateValueReader::readNumericArray(const Numeric& numeric, CrateCursor& at
     if (!isInteger(numeric.component)) return readCompressedReals(numeric, at, count);
     IntArray out;
     switch (numeric.component) {
-    case Component::i32: out.values = CrateIntegerCoding::read<std::int32_t, std::int64_t>(at, count, budget_); break;
+    case Component::i32: out.values = CrateIntegerCoding::read<std::int32_t>(at, count, budget_); break;
     case Component::u32: out.values = CrateIntegerCoding::read<std::uint32_t, std::int64_t>(at, count, budget_); break;
     default: out.values = CrateIntegerCoding::read<std::int64_t>(at, count, budget_); break;
     }
@@ -370,11 +371,18 @@ Value CrateValueReader::numericValue(const Numeric& numeric, bool isArray, std::
         for (std::size_t i = 0; i < n; ++i) out.values[i] = halfToFloat(load<std::uint16_t>(raw.data() + i * size));
         return Value{std::move(out)};
     }
+    case Component::u8:
+    case Component::i32: {
+        budget_.charge(n * sizeof(std::int32_t));
+        IntArray::Narrow values(n);
+        for (std::size_t i = 0; i < n; ++i) values[i] = static_cast<std::int32_t>(loadInteger(numeric.component, raw.data() + i * size));
+        return Value{IntArray{std::move(values), isArray}};
+    }
     default: {
         budget_.charge(n * sizeof(std::int64_t));
-        IntArray out{std::vector<std::int64_t>(n), isArray};
-        for (std::size_t i = 0; i < n; ++i) out.values[i] = loadInteger(numeric.component, raw.data() + i * size);
-        return Value{std::move(out)};
+        IntArray::Wide values(n);
+        for (std::size_t i = 0; i < n; ++i) values[i] = loadInteger(numeric.component, raw.data() + i * size);
+        return Value{IntArray{std::move(values), isArray}};
     }
     }
 }

@@ -112,7 +112,9 @@ private:
             const UsdStage::Property* indices = subset.property("indices");
             const Value* value = indices ? indices->value() : nullptr;
             const IntArray* faces = value ? value->get<IntArray>() : nullptr;
-            subsets.push_back({faces ? faces->values : std::vector<std::int64_t>{}, binding.value_or(material)});
+            IntArray::Narrow scratch;
+            const auto faceIndices = faces ? faces->narrow(scratch) : std::span<const std::int32_t>{};
+            subsets.push_back({{faceIndices.begin(), faceIndices.end()}, binding.value_or(material)});
         }
         auto built = UsdSceneMesh::build(mesh, texCoordPrimvar(mesh, material, subsets), material, subsets);
         if (!built) return;

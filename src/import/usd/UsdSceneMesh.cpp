@@ -17,6 +17,12 @@ struct Face {
 // A per-point, per-face or per-corner stream of `width` floats, maybe indexed.
 class Stream {
 public:
+    Stream() = default;
+    Stream(Stream&&) = default;
+    Stream& operator=(Stream&&) = default;
+    Stream(const Stream&) = delete;  // a copy's index view would point into the original
+    Stream& operator=(const Stream&) = delete;
+
     static std::optional<Stream> read(const UsdStage::Prim& prim, const std::string& name, int width,
                                       std::size_t points, std::size_t faces, std::size_t corners) {
         const UsdStage::Property* property = prim.property(name);
@@ -30,9 +36,9 @@ public:
             return std::nullopt;
         if (const UsdStage::Property* indices = prim.property(name + ":indices")) {
             if (const Value* value = indices->value(); value && value->get<IntArray>()) {
-                stream.indices_ = value->get<IntArray>()->values;
+                stream.indices_ = value->get<IntArray>()->narrow(stream.indexScratch_);
                 stream.indexed_ = true;
-                for (std::int64_t i : stream.indices_) {
+                for (std::int32_t i : stream.indices_) {
                     if (i < 0 || static_cast<std::size_t>(i) >= count) return std::nullopt;
                 }
             }
@@ -81,16 +87,22 @@ public:
 private:
     int width_ = 1;
     std::vector<double> values_;
-    std::vector<std::int64_t> indices_;
+    // A view of the primvar's indices, which outlive the stream, or of indexScratch_ when
+    // they had to be narrowed (moving the stream keeps the scratch buffer where it is).
+    std::span<const std::int32_t> indices_;
+    IntArray::Narrow indexScratch_;
     bool indexed_ = false;
     Interpolation interpolation_ = Interpolation::vertex;
 };
 
-const std::vector<std::int64_t>* intsOf(const UsdStage::Prim& prim, const std::string& name) {
+// The 32-bit values of an int array property (see IntArray::narrow), or nullopt.
+std::optional<std::span<const std::int32_t>> intsOf(const UsdStage::Prim& prim, const std::string& name,
+                                                    IntArray::Narrow& scratch) {
     const UsdStage::Property* property = prim.property(name);
     const Value* value = property ? property->value() : nullptr;
     const IntArray* ints = value ? value->get<IntArray>() : nullptr;
-    return ints ? &ints->values : nullptr;
+    if (!ints) return std::nullopt;
+    return ints->narrow(scratch);
 }
 
 } // namespace
@@ -99,8 +111,9 @@ std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, cons
                                                 int material, const std::vector<FaceSubset>& subsets) {
     const UsdStage::Property* pointsProperty = prim.property("points");
     const std::vector<double> points = UsdStageValue::numbers(pointsProperty ? pointsProperty->value() : nullptr, 3);
-    const std::vector<std::int64_t>* counts = intsOf(prim, "faceVertexCounts");
-    const std::vector<std::int64_t>* indices = intsOf(prim, "faceVertexIndices");
+    IntArray::Narrow countScratch, indexScratch;
+    const auto counts = intsOf(prim, "faceVertexCounts", countScratch);
+    const auto indices = intsOf(prim, "faceVertexIndices", indexScratch);
     if (points.empty() || !counts || !indices) return std::nullopt;
     const std::size_t pointCount = points.size() / 3;
 
@@ -109,12 +122,12 @@ std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, cons
     std::vector<Face> faces;
     faces.reserve(counts->size());
     std::size_t cursor = 0;
-    for (std::int64_t count : *counts) {
+    for (std::int32_t count : *counts) {
         if (count < 0 || static_cast<std::uint64_t>(count) > indices->size() - cursor) break;
         Face face{cursor, static_cast<std::size_t>(count)};
         cursor += face.count;
         const bool inRange = std::all_of(indices->begin() + static_cast<std::ptrdiff_t>(face.first),
-                                         indices->begin() + static_cast<std::ptrdiff_t>(cursor), [&](std::int64_t i) {
+                                         indices->begin() + static_cast<std::ptrdiff_t>(cursor), [&](std::int32_t i) {
                                              return i >= 0 && static_cast<std::size_t>(i) < pointCount;
                                          });
         if (face.count < 3 || !inRange) face.count = 0;
@@ -178,7 +191,7 @@ std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, cons
     // then the faces left over.
     std::vector<std::size_t> group(faces.size(), subsets.size());
     for (std::size_t s = subsets.size(); s-- > 0;) {
-        for (std::int64_t f : subsets[s].faces) {
+        for (std::int32_t f : subsets[s].faces) {
             if (f >= 0 && static_cast<std::size_t>(f) < faces.size()) group[static_cast<std::size_t>(f)] = s;
         }
     }

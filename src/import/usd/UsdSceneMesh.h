@@ -18,6 +18,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -26,7 +27,7 @@ namespace orvanta::import::usd {
 class UsdSceneMesh {
 public:
     struct FaceSubset {
-        std::vector<std::int64_t> faces;  // face indices of the mesh
+        std::vector<std::int32_t> faces;  // face indices of the mesh
         int material = -1;
     };
 

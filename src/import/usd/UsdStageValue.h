@@ -51,7 +51,7 @@ public:
         };
         if (const auto* f = value->get<FloatArray>()) return at(f->values, f->width);
         if (const auto* d = value->get<DoubleArray>()) return at(d->values, d->width);
-        if (const auto* n = value->get<IntArray>()) return at(n->values, 1);
+        if (const auto* n = value->get<IntArray>()) return std::visit([&](const auto& v) { return at(v, 1); }, n->values);
         if (const auto* b = value->get<bool>(); b && i == 0 && c == 0 && width == 1) return *b ? 1.0 : 0.0;
         return std::nullopt;
     }
@@ -68,7 +68,7 @@ public:
         };
         if (const auto* f = value->get<FloatArray>()) copy(f->values, f->width);
         else if (const auto* d = value->get<DoubleArray>()) copy(d->values, d->width);
-        else if (const auto* n = value->get<IntArray>()) copy(n->values, 1);
+        else if (const auto* n = value->get<IntArray>()) std::visit([&](const auto& v) { copy(v, 1); }, n->values);
         return out;
     }
 };

@@ -8,10 +8,13 @@
 // element (1, 2, 3, 4, or 16 for matrix4d; quaternions are stored as (i, j, k, real)).
 // Thread: a value type.
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <span>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -20,9 +23,30 @@ namespace orvanta::import::usd {
 struct Token { std::string text; friend bool operator==(const Token&, const Token&) = default; };
 struct AssetPath { std::string path; friend bool operator==(const AssetPath&, const AssetPath&) = default; };
 
-struct IntArray {        // int, uint, int64, uint64, uchar scalars and arrays
-    std::vector<std::int64_t> values;
+// Integer scalars and arrays in the width of their declared type: int, int2-4, uchar and bool
+// keep 32 bits a value, so mesh topology (int[]) takes 4 bytes an index; uint, int64 and
+// uint64 keep 64 (uint64 as its bit pattern).
+struct IntArray {
+    using Narrow = std::vector<std::int32_t>;
+    using Wide = std::vector<std::int64_t>;
+    using Values = std::variant<Narrow, Wide>;
+    Values values;
     bool isArray = true;
+
+    std::size_t size() const { return std::visit([](const auto& v) { return v.size(); }, values); }
+
+    // The values as 32-bit integers: a view of narrow storage, or of `scratch` filled from
+    // wide storage with every value outside int32 replaced by -1, which is no valid count or
+    // index.
+    std::span<const std::int32_t> narrow(Narrow& scratch) const {
+        if (const auto* n = std::get_if<Narrow>(&values)) return *n;
+        const Wide& wide = std::get<Wide>(values);
+        scratch.resize(wide.size());
+        std::transform(wide.begin(), wide.end(), scratch.begin(), [](std::int64_t v) {
+            return std::in_range<std::int32_t>(v) ? static_cast<std::int32_t>(v) : -1;
+        });
+        return scratch;
+    }
 };
 struct FloatArray {
     int width = 1;

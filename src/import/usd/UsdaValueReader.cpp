@@ -10,8 +10,8 @@ namespace orvanta::import::usd {
 UsdaValueReader::Type UsdaValueReader::typeOf(std::string_view name) {
     static const std::unordered_map<std::string_view, Type> types = {
         {"bool", {Kind::boolean, 1}},
-        {"uchar", {Kind::integer, 1}}, {"int", {Kind::integer, 1}}, {"uint", {Kind::integer, 1}},
-        {"int64", {Kind::integer, 1}}, {"uint64", {Kind::integer, 1}},
+        {"uchar", {Kind::integer, 1}}, {"int", {Kind::integer, 1}}, {"uint", {Kind::integer, 1, false, true}},
+        {"int64", {Kind::integer, 1, false, true}}, {"uint64", {Kind::integer, 1, false, true}},
         {"int2", {Kind::integer, 2}}, {"int3", {Kind::integer, 3}}, {"int4", {Kind::integer, 4}},
         {"half", {Kind::floating, 1}}, {"float", {Kind::floating, 1}},
         {"half2", {Kind::floating, 2}}, {"half3", {Kind::floating, 3}}, {"half4", {Kind::floating, 4}},
@@ -146,7 +146,7 @@ bool UsdaValueReader::readElement(const Type& type, Value& out, int depth) {
     case Kind::boolean: {
         bool value = false;
         if (!readBool(value)) return false;
-        if (auto* array = std::get_if<IntArray>(&out.data)) array->values.push_back(value ? 1 : 0);
+        if (auto* array = std::get_if<IntArray>(&out.data)) std::get<IntArray::Narrow>(array->values).push_back(value ? 1 : 0);
         else out.data = value;
         return true;
     }
@@ -166,13 +166,22 @@ bool UsdaValueReader::readElement(const Type& type, Value& out, int depth) {
     }
     case Kind::integer: {
         auto& values = std::get<IntArray>(out.data).values;
-        if (type.width == 1) return readInteger(values.emplace_back());
+        const auto add = [&](std::int64_t v) {
+            if (auto* wide = std::get_if<IntArray::Wide>(&values)) wide->push_back(v);
+            else if (std::in_range<std::int32_t>(v)) std::get<IntArray::Narrow>(values).push_back(static_cast<std::int32_t>(v));
+            else return lexer_.reject("integer out of range for a 32-bit type");
+            return true;
+        };
+        if (type.width == 1) {
+            std::int64_t value = 0;
+            return readInteger(value) && add(value);
+        }
         std::vector<double> tuple;
         if (!readTuple(tuple, depth)) return false;
         if (tuple.size() != static_cast<std::size_t>(type.width)) return lexer_.reject("wrong number of components");
         for (double v : tuple) {
             if (!std::isfinite(v) || std::fabs(v) > 9.0e18) return lexer_.reject("not an integer in range");
-            values.push_back(static_cast<std::int64_t>(v));
+            if (!add(static_cast<std::int64_t>(v))) return false;
         }
         return true;
     }
@@ -205,7 +214,9 @@ bool UsdaValueReader::readElement(const Type& type, Value& out, int depth) {
 bool UsdaValueReader::readScalarOrArray(const Type& type, bool isArray, Value& out, int depth) {
     switch (type.kind) {
     case Kind::boolean: if (isArray) out.data = IntArray{}; break;
-    case Kind::integer: out.data = IntArray{{}, isArray}; break;
+    case Kind::integer:
+        out.data = type.wide ? IntArray{IntArray::Wide{}, isArray} : IntArray{IntArray::Narrow{}, isArray};
+        break;
     case Kind::floating: out.data = FloatArray{type.width, {}, isArray}; break;
     case Kind::doubling: out.data = DoubleArray{type.width, {}, isArray}; break;
     case Kind::token: if (isArray) out.data = TokenArray{}; break;

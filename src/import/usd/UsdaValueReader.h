@@ -55,6 +55,7 @@ private:
         Kind kind = Kind::unknown;
         int width = 1;
         bool quaternion = false;
+        bool wide = false;  // integers kept in 64 bits (uint, int64, uint64)
     };
     static Type typeOf(std::string_view name);
 
