@@ -2,17 +2,13 @@
 
 #include "import/usd/UsdStageValue.h"
 
+#include <algorithm>
+
 namespace orvanta::import::usd {
 
 namespace {
 
 enum class Interpolation { constant, uniform, vertex, faceVarying };
-
-// One face of the mesh: its corners are faceVertexIndices[first .. first + count).
-struct Face {
-    std::size_t first = 0;
-    std::size_t count = 0;
-};
 
 // A per-point, per-face or per-corner stream of `width` floats, maybe indexed.
 class Stream {
@@ -23,13 +19,16 @@ public:
     Stream(const Stream&) = delete;  // a copy's index view would point into the original
     Stream& operator=(const Stream&) = delete;
 
+    // `cornerPoints` are the point indices of all corners (faceVertexIndices up to the last
+    // face read).
     static std::optional<Stream> read(const UsdStage::Prim& prim, const std::string& name, int width,
-                                      std::size_t points, std::size_t faces, std::size_t corners) {
+                                      std::size_t points, std::size_t faces, std::span<const std::int32_t> cornerPoints) {
+        const std::size_t corners = cornerPoints.size();
         const UsdStage::Property* property = prim.property(name);
         if (!property) return std::nullopt;
         Stream stream;
         stream.width_ = width;
-        stream.values_ = UsdStageValue::numbers(property->value(), width);
+        stream.values_ = UsdStageValue::floats(property->value(), width);
         const std::size_t count = stream.values_.size() / static_cast<std::size_t>(width);
         if (count == 0) return std::nullopt;
         if (const auto elementSize = UsdStageValue::number(property->field("elementSize")); elementSize && *elementSize != 1)
@@ -65,14 +64,21 @@ public:
                                    : stream.interpolation_ == Interpolation::uniform   ? faces
                                                                                         : 1;
         if (available < needed) return std::nullopt;
+        // Face-varying values indexed by the corners' own points hold one value per point:
+        // reading them per point gives every corner the same value and keeps the points shared.
+        if (stream.interpolation_ == Interpolation::faceVarying && stream.indexed_ && count >= points &&
+            std::equal(cornerPoints.begin(), cornerPoints.end(), stream.indices_.begin())) {
+            stream.interpolation_ = Interpolation::vertex;
+            stream.indexed_ = false;
+        }
         return stream;
     }
 
     bool perCorner() const { return interpolation_ == Interpolation::uniform || interpolation_ == Interpolation::faceVarying; }
 
-    // Component `c` of the element for corner `corner` (a faceVertexIndices position) of
-    // face `face`, at point `point`.
-    float at(std::size_t face, std::size_t corner, std::size_t point, int c) const {
+    // The element for corner `corner` (a faceVertexIndices position) of face `face`, at
+    // point `point`.
+    std::size_t element(std::size_t face, std::size_t corner, std::size_t point) const {
         std::size_t element = 0;
         switch (interpolation_) {
         case Interpolation::constant: element = 0; break;
@@ -80,13 +86,17 @@ public:
         case Interpolation::vertex: element = point; break;
         case Interpolation::faceVarying: element = corner; break;
         }
-        if (indexed_) element = static_cast<std::size_t>(indices_[element]);
-        return static_cast<float>(values_[element * static_cast<std::size_t>(width_) + static_cast<std::size_t>(c)]);
+        return indexed_ ? static_cast<std::size_t>(indices_[element]) : element;
+    }
+
+    // Component `c` of element `e`.
+    float at(std::size_t e, int c) const {
+        return values_[e * static_cast<std::size_t>(width_) + static_cast<std::size_t>(c)];
     }
 
 private:
     int width_ = 1;
-    std::vector<double> values_;
+    UsdStageValue::Floats values_;  // a view of the layer's value, which outlives the stream
     // A view of the primvar's indices, which outlive the stream, or of indexScratch_ when
     // they had to be narrowed (moving the stream keeps the scratch buffer where it is).
     std::span<const std::int32_t> indices_;
@@ -105,54 +115,72 @@ std::optional<std::span<const std::int32_t>> intsOf(const UsdStage::Prim& prim, 
     return ints->narrow(scratch);
 }
 
+// Calls `keep(k)` for each fan triangle (0, k, k + 1) of `face` (its point indices) whose
+// three points differ.
+template <class Keep> void forEachFanTriangle(std::span<const std::int32_t> face, Keep&& keep) {
+    for (std::size_t k = 1; k + 1 < face.size(); ++k) {
+        if (face[0] != face[k] && face[k] != face[k + 1] && face[0] != face[k + 1]) keep(k);
+    }
+}
+
 } // namespace
 
 std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, const std::string& texCoordPrimvar,
                                                 int material, const std::vector<FaceSubset>& subsets) {
     const UsdStage::Property* pointsProperty = prim.property("points");
-    const std::vector<double> points = UsdStageValue::numbers(pointsProperty ? pointsProperty->value() : nullptr, 3);
+    const UsdStageValue::Floats points = UsdStageValue::floats(pointsProperty ? pointsProperty->value() : nullptr, 3);
     IntArray::Narrow countScratch, indexScratch;
     const auto counts = intsOf(prim, "faceVertexCounts", countScratch);
     const auto indices = intsOf(prim, "faceVertexIndices", indexScratch);
-    if (points.empty() || !counts || !indices) return std::nullopt;
+    if (points.size() == 0 || !counts || !indices) return std::nullopt;
     const std::size_t pointCount = points.size() / 3;
 
-    // Every face keeps its position so subsets and uniform streams can name it; invalid
-    // faces keep count 0.
-    std::vector<Face> faces;
-    faces.reserve(counts->size());
-    std::size_t cursor = 0;
+    // The kept triangles of every face, so subsets and uniform streams can name faces by
+    // position. A face with fewer than three corners or an index outside `points` keeps none.
+    std::vector<std::uint32_t> faceTriangles;
+    faceTriangles.reserve(counts->size());
+    std::size_t corners = 0;
+    std::size_t keptCorners = 0;  // corners of faces that keep a triangle
     for (std::int32_t count : *counts) {
-        if (count < 0 || static_cast<std::uint64_t>(count) > indices->size() - cursor) break;
-        Face face{cursor, static_cast<std::size_t>(count)};
-        cursor += face.count;
-        const bool inRange = std::all_of(indices->begin() + static_cast<std::ptrdiff_t>(face.first),
-                                         indices->begin() + static_cast<std::ptrdiff_t>(cursor), [&](std::int32_t i) {
-                                             return i >= 0 && static_cast<std::size_t>(i) < pointCount;
-                                         });
-        if (face.count < 3 || !inRange) face.count = 0;
-        faces.push_back(face);
+        if (count < 0 || static_cast<std::uint64_t>(count) > indices->size() - corners) break;
+        const auto face = indices->subspan(corners, static_cast<std::size_t>(count));
+        corners += face.size();
+        const bool inRange = std::all_of(face.begin(), face.end(), [&](std::int32_t i) {
+            return i >= 0 && static_cast<std::size_t>(i) < pointCount;
+        });
+        std::uint32_t triangles = 0;
+        if (inRange) forEachFanTriangle(face, [&](std::size_t) { ++triangles; });
+        if (triangles > 0) keptCorners += face.size();
+        faceTriangles.push_back(triangles);
     }
-    const std::size_t corners = cursor;
+    const std::size_t faceCount = faceTriangles.size();
 
     const std::string normalsName = prim.property("primvars:normals") ? "primvars:normals" : "normals";
-    const auto normals = Stream::read(prim, normalsName, 3, pointCount, faces.size(), corners);
+    const auto cornerPoints = indices->first(corners);
+    const auto normals = Stream::read(prim, normalsName, 3, pointCount, faceCount, cornerPoints);
     const auto texCoords = texCoordPrimvar.empty()
                                ? std::nullopt
-                               : Stream::read(prim, "primvars:" + texCoordPrimvar, 2, pointCount, faces.size(), corners);
+                               : Stream::read(prim, "primvars:" + texCoordPrimvar, 2, pointCount, faceCount, cornerPoints);
     const bool perCorner = (normals && normals->perCorner()) || (texCoords && texCoords->perCorner());
     const auto orientation = UsdStageValue::text(prim.property("orientation") ? prim.property("orientation")->value() : nullptr);
     const bool leftHanded = orientation && *orientation == "leftHanded";
 
     ImportedMesh mesh;
     mesh.name = prim.name;
+    const std::size_t vertexCount = perCorner ? keptCorners : pointCount;
+    mesh.positions.reserve(vertexCount);
+    if (normals) mesh.normals.reserve(vertexCount);
+    if (texCoords) mesh.texCoords.reserve(vertexCount);
     const auto addVertex = [&](std::size_t face, std::size_t corner, std::size_t point) {
-        mesh.positions.emplace_back(static_cast<float>(points[point * 3]), static_cast<float>(points[point * 3 + 1]),
-                                    static_cast<float>(points[point * 3 + 2]));
-        if (normals)
-            mesh.normals.emplace_back(normals->at(face, corner, point, 0), normals->at(face, corner, point, 1),
-                                      normals->at(face, corner, point, 2));
-        if (texCoords) mesh.texCoords.emplace_back(texCoords->at(face, corner, point, 0), texCoords->at(face, corner, point, 1));
+        mesh.positions.emplace_back(points[point * 3], points[point * 3 + 1], points[point * 3 + 2]);
+        if (normals) {
+            const std::size_t e = normals->element(face, corner, point);
+            mesh.normals.emplace_back(normals->at(e, 0), normals->at(e, 1), normals->at(e, 2));
+        }
+        if (texCoords) {
+            const std::size_t e = texCoords->element(face, corner, point);
+            mesh.texCoords.emplace_back(texCoords->at(e, 0), texCoords->at(e, 1));
+        }
     };
     if (!perCorner) {
         // Per-point streams: keep the points and index them. A uniform stream is impossible
@@ -160,52 +188,54 @@ std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, cons
         for (std::size_t p = 0; p < pointCount; ++p) addVertex(0, 0, p);
     }
 
-    // Triangles per face, in vertex indices of `mesh`. Fan triangles that repeat a point are
-    // dropped, and a face left with none adds no vertices.
-    std::vector<std::vector<std::uint32_t>> faceTriangles(faces.size());
-    std::vector<std::size_t> fan;
-    for (std::size_t f = 0; f < faces.size(); ++f) {
-        const Face& face = faces[f];
-        const auto point = [&](std::size_t k) { return (*indices)[face.first + k]; };
-        fan.clear();
-        for (std::size_t k = 1; k + 1 < face.count; ++k) {
-            if (point(0) != point(k) && point(k) != point(k + 1) && point(0) != point(k + 1)) fan.push_back(k);
-        }
-        if (fan.empty()) continue;
-        std::vector<std::uint32_t> corner(face.count);
-        for (std::size_t k = 0; k < face.count; ++k) {
-            const auto p = static_cast<std::size_t>(point(k));
-            if (perCorner) {
-                corner[k] = static_cast<std::uint32_t>(mesh.positions.size());
-                addVertex(f, face.first + k, p);
-            } else {
-                corner[k] = static_cast<std::uint32_t>(p);
+    // Group the triangles: each subset in turn (the first subset naming a face takes it),
+    // then the faces left over. Each group's triangles are one range of mesh.indices.
+    std::vector<std::uint32_t> group;
+    if (!subsets.empty()) {
+        group.assign(faceCount, static_cast<std::uint32_t>(subsets.size()));
+        for (std::size_t s = subsets.size(); s-- > 0;) {
+            for (std::int32_t f : subsets[s].faces) {
+                if (f >= 0 && static_cast<std::size_t>(f) < faceCount) group[static_cast<std::size_t>(f)] = static_cast<std::uint32_t>(s);
             }
         }
-        for (std::size_t k : fan)
-            faceTriangles[f].insert(faceTriangles[f].end(),
-                                    {corner[0], corner[leftHanded ? k + 1 : k], corner[leftHanded ? k : k + 1]});
+    }
+    const auto groupOf = [&](std::size_t f) { return group.empty() ? subsets.size() : group[f]; };
+    std::vector<std::size_t> groupEnd(subsets.size() + 1, 0);  // first the index count of each group
+    for (std::size_t f = 0; f < faceCount; ++f) groupEnd[groupOf(f)] += 3 * std::size_t{faceTriangles[f]};
+    std::size_t total = 0;
+    for (std::size_t& end : groupEnd) end = total += end;
+    if (total == 0) return std::nullopt;
+    mesh.indices.resize(total);
+    for (std::size_t g = 0; g < groupEnd.size(); ++g) {
+        const std::size_t first = g == 0 ? 0 : groupEnd[g - 1];
+        if (groupEnd[g] == first) continue;
+        mesh.subsets.push_back({static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(groupEnd[g] - first),
+                                g < subsets.size() ? subsets[g].material : material});
     }
 
-    // Group the triangles: each subset in turn (the first subset naming a face takes it),
-    // then the faces left over.
-    std::vector<std::size_t> group(faces.size(), subsets.size());
-    for (std::size_t s = subsets.size(); s-- > 0;) {
-        for (std::int32_t f : subsets[s].faces) {
-            if (f >= 0 && static_cast<std::size_t>(f) < faces.size()) group[static_cast<std::size_t>(f)] = s;
+    // Write each face's triangles at its group's cursor, in vertex indices of `mesh`. A face
+    // left with no triangle adds no vertices.
+    std::vector<std::size_t> groupCursor(groupEnd.size(), 0);
+    for (std::size_t g = 1; g < groupEnd.size(); ++g) groupCursor[g] = groupEnd[g - 1];
+    std::size_t first = 0;
+    for (std::size_t f = 0; f < faceCount; first += static_cast<std::size_t>((*counts)[f]), ++f) {
+        if (faceTriangles[f] == 0) continue;
+        const auto face = indices->subspan(first, static_cast<std::size_t>((*counts)[f]));
+        const std::size_t base = mesh.positions.size();
+        const auto vertex = [&](std::size_t k) {
+            return static_cast<std::uint32_t>(perCorner ? base + k : static_cast<std::size_t>(face[k]));
+        };
+        if (perCorner) {
+            for (std::size_t k = 0; k < face.size(); ++k) addVertex(f, first + k, static_cast<std::size_t>(face[k]));
         }
+        std::uint32_t* out = mesh.indices.data() + groupCursor[groupOf(f)];
+        forEachFanTriangle(face, [&](std::size_t k) {
+            *out++ = vertex(0);
+            *out++ = vertex(leftHanded ? k + 1 : k);
+            *out++ = vertex(leftHanded ? k : k + 1);
+        });
+        groupCursor[groupOf(f)] += 3 * std::size_t{faceTriangles[f]};
     }
-    std::vector<std::vector<std::size_t>> facesOf(subsets.size() + 1);
-    for (std::size_t f = 0; f < faces.size(); ++f) facesOf[group[f]].push_back(f);
-    for (std::size_t g = 0; g < facesOf.size(); ++g) {
-        ImportedSubset subset;
-        subset.firstIndex = static_cast<std::uint32_t>(mesh.indices.size());
-        subset.material = g < subsets.size() ? subsets[g].material : material;
-        for (std::size_t f : facesOf[g]) mesh.indices.insert(mesh.indices.end(), faceTriangles[f].begin(), faceTriangles[f].end());
-        subset.indexCount = static_cast<std::uint32_t>(mesh.indices.size()) - subset.firstIndex;
-        if (subset.indexCount > 0) mesh.subsets.push_back(subset);
-    }
-    if (mesh.indices.empty()) return std::nullopt;
     return mesh;
 }
 

@@ -5,6 +5,7 @@
 #include "import/usd/UsdValue.h"
 
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -58,6 +59,31 @@ public:
 
     // A scalar number of any numeric type (the first element of an array).
     static std::optional<double> number(const Value* value) { return component(value, 0, 0, 1); }
+
+    // The components of a FloatArray or DoubleArray value, read in place as floats: valid
+    // while the value lives, so large streams need no copy.
+    class Floats {
+    public:
+        Floats() = default;
+        explicit Floats(std::span<const float> values) : floats_(values) {}
+        explicit Floats(std::span<const double> values) : doubles_(values) {}
+
+        std::size_t size() const { return floats_.empty() ? doubles_.size() : floats_.size(); }
+        float operator[](std::size_t k) const { return floats_.empty() ? static_cast<float>(doubles_[k]) : floats_[k]; }
+
+    private:
+        std::span<const float> floats_;
+        std::span<const double> doubles_;
+    };
+
+    // The components of a FloatArray or DoubleArray value of `width`; empty for other values
+    // or when the width differs.
+    static Floats floats(const Value* value, int width) {
+        if (!value) return {};
+        if (const auto* f = value->get<FloatArray>(); f && f->width == width) return Floats(std::span<const float>(f->values));
+        if (const auto* d = value->get<DoubleArray>(); d && d->width == width) return Floats(std::span<const double>(d->values));
+        return {};
+    }
 
     // All components of a numeric value of `width` as doubles; empty when the width differs.
     static std::vector<double> numbers(const Value* value, int width) {
