@@ -8,7 +8,8 @@
 // `normals`) and texture coordinates (the named primvar) may be constant, uniform, vertex,
 // varying or faceVarying, indexed or not; a stream whose length does not match its
 // interpolation is left out. While every stream is per point the points are kept and
-// indexed; a uniform or faceVarying stream makes one vertex per face corner instead.
+// indexed; a uniform or faceVarying stream makes one vertex per face corner instead, except
+// an indexed faceVarying stream whose indices are the corners' points, which is per point.
 // Triangles are grouped by the given face subsets, each with its material, then the faces
 // no subset claims.
 // Thread: pure functions, any thread.
