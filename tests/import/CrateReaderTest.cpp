@@ -1,6 +1,7 @@
 // CrateReader: every crate layer of the corpus with counts checked by hand against its
 // manifest, crate files built here for each version and value coding, and damaged, lying
 // or hostile files that must end in a clear error.
+#include "support/ExpectImportError.h"
 #include "import/ImportError.h"
 #include "import/usd/CrateReader.h"
 #include "import/usd/MappedFile.h"
@@ -29,13 +30,6 @@ using testing::CrateWriter;
 
 core::Result<Layer> readBytes(const Bytes& bytes) { return CrateReader::read(bytes, "test.usdc"); }
 
-void expectError(const core::Result<Layer>& result, ImportErrorCode code, const std::string& fragment) {
-    ASSERT_FALSE(result.ok());
-    EXPECT_EQ(result.error().domain(), importErrorDomain);
-    EXPECT_EQ(result.error().code(), static_cast<int>(code)) << result.error().localizedDescription();
-    EXPECT_NE(result.error().localizedDescription().find(fragment), std::string::npos)
-        << result.error().localizedDescription();
-}
 
 template <class T> const T& field(const Layer& layer, const std::string& path, const std::string& name) {
     const Spec* spec = layer.spec(path);
@@ -283,12 +277,12 @@ TEST(CrateReader, VersionsAndHeadersOutsideWhatItReadsAreRefused) {
         return b.build();
     };
     EXPECT_TRUE(readBytes(minimal(11)).ok());
-    expectError(readBytes(minimal(12)), C::unsupportedFeature, "crate version 0.12.0 is not supported");
-    expectError(readBytes(minimal(0, 1)), C::unsupportedFeature, "crate version 1.0.0");
-    expectError(readBytes(minimal(3)), C::unsupportedFeature, "reads 0.4.0 to 0.11.0");
-    expectError(readBytes({}), C::unrecognisedFormat, "not a USDC crate file");
+    testing::expectImportError(readBytes(minimal(12)), C::unsupportedFeature, "crate version 0.12.0 is not supported");
+    testing::expectImportError(readBytes(minimal(0, 1)), C::unsupportedFeature, "crate version 1.0.0");
+    testing::expectImportError(readBytes(minimal(3)), C::unsupportedFeature, "reads 0.4.0 to 0.11.0");
+    testing::expectImportError(readBytes({}), C::unrecognisedFormat, "not a USDC crate file");
     const std::string usda = "#usda 1.0\n(\n    defaultPrim = \"Dish\"\n)\n" + std::string(100, ' ');
-    expectError(readBytes(Bytes(usda.begin(), usda.end())), C::unrecognisedFormat, "not a USDC crate file");
+    testing::expectImportError(readBytes(Bytes(usda.begin(), usda.end())), C::unrecognisedFormat, "not a USDC crate file");
 }
 
 TEST(CrateReader, LyingOrHostileFilesEndInClearErrors) {
@@ -299,17 +293,17 @@ TEST(CrateReader, LyingOrHostileFilesEndInClearErrors) {
         return readBytes(b.build());
     };
     // An array claiming far more elements than the file holds.
-    expectError(withField([](CrateWriter& b) { const auto at = b.put(std::uint64_t{1} << 40); return rep(tVec3f, at, isArray); }),
+    testing::expectImportError(withField([](CrateWriter& b) { const auto at = b.put(std::uint64_t{1} << 40); return rep(tVec3f, at, isArray); }),
                 C::malformedData, "do not fit");
     // A compressed array claiming billions of integers from a few bytes.
-    expectError(withField([](CrateWriter& b) {
+    testing::expectImportError(withField([](CrateWriter& b) {
                     const auto at = b.put(std::uint64_t{1} << 33);
                     b.putCompressedInts(std::vector<std::int32_t>{1, 2, 3});
                     return rep(tInt, at, isArray | isCompressed);
                 }),
                 C::malformedData, "cannot fit");
     // A dictionary whose entry jumps back to the dictionary itself.
-    expectError(withField([](CrateWriter& b) {
+    testing::expectImportError(withField([](CrateWriter& b) {
                     const auto at = b.put(std::uint64_t{1});
                     b.put(b.string("loop"));
                     b.put(std::int64_t{8});
@@ -318,7 +312,7 @@ TEST(CrateReader, LyingOrHostileFilesEndInClearErrors) {
                 }),
                 C::malformedData, "nested too deeply");
     // Time samples with more values than times.
-    expectError(withField([](CrateWriter& b) {
+    testing::expectImportError(withField([](CrateWriter& b) {
                     const auto times = b.put(std::uint64_t{1});
                     b.put(0.0);
                     const auto at = b.put(std::int64_t{8});
@@ -329,18 +323,18 @@ TEST(CrateReader, LyingOrHostileFilesEndInClearErrors) {
                 }),
                 C::malformedData, "3 values for 1 times");
     // Offsets, jumps and indices pointing outside the file or the tables.
-    expectError(withField([](CrateWriter&) { return rep(tQuatf, 1ull << 40); }), C::malformedData, "lies outside");
-    expectError(withField([](CrateWriter& b) { const auto at = b.put(std::int64_t{-1000000}); return rep(tTimeSamples, at); }),
+    testing::expectImportError(withField([](CrateWriter&) { return rep(tQuatf, 1ull << 40); }), C::malformedData, "lies outside");
+    testing::expectImportError(withField([](CrateWriter& b) { const auto at = b.put(std::int64_t{-1000000}); return rep(tTimeSamples, at); }),
                 C::malformedData, "before the start");
-    expectError(withField([](CrateWriter&) { return rep(tToken, 12345, isInlined); }), C::malformedData,
+    testing::expectImportError(withField([](CrateWriter&) { return rep(tToken, 12345, isInlined); }), C::malformedData,
                 "/ field default: token index 12345 out of range");
-    expectError(withField([](CrateWriter& b) {
+    testing::expectImportError(withField([](CrateWriter& b) {
                     const auto at = b.arrayCount(20);
                     b.put('x');
                     return rep(tFloat, at, isArray | isCompressed);
                 }),
                 C::malformedData, "unknown coding");
-    expectError(withField([](CrateWriter& b) {
+    testing::expectImportError(withField([](CrateWriter& b) {
                     const auto at = b.arrayCount(20);
                     b.put('t'); b.put(std::uint32_t{1}); b.put(1.0f);
                     b.putCompressedInts(std::vector<std::int32_t>(20, 1));
@@ -357,10 +351,10 @@ TEST(CrateReader, MissingSectionsAndBrokenStructureAreReported) {
     const auto at = std::search(renamed.begin(), renamed.end(), std::begin("SPECS"), std::end("SPECS") - 1);
     ASSERT_NE(at, renamed.end());
     *at = 'X';
-    expectError(readBytes(renamed), ImportErrorCode::malformedData, "the SPECS section is missing");
+    testing::expectImportError(readBytes(renamed), ImportErrorCode::malformedData, "the SPECS section is missing");
     Bytes badToc = good;
     badToc[16] = 0xff; badToc[17] = 0xff;
-    expectError(readBytes(badToc), ImportErrorCode::malformedData, "lies outside");
+    testing::expectImportError(readBytes(badToc), ImportErrorCode::malformedData, "lies outside");
 }
 
 // ---- corpus -------------------------------------------------------------------------------
@@ -495,7 +489,7 @@ TEST(CrateReaderCorpus, CrateAndTextLayersOfOneSceneAgree) {
 TEST(CrateReaderCorpus, CorruptLayerIsRefused) {
     ORVANTA_CORPUS_FILE(path, "usdc/crate-bad_corrupt.usd");
     const auto file = MappedFile::open(path.string());
-    expectError(CrateReader::read(file.value()->bytes(), "corrupt.usd"), ImportErrorCode::malformedData,
+    testing::expectImportError(CrateReader::read(file.value()->bytes(), "corrupt.usd"), ImportErrorCode::malformedData,
                 "USDC layer corrupt.usd: ");
 }
 

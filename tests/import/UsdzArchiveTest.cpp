@@ -1,6 +1,7 @@
 // UsdzArchive and MappedFile: real packages from the corpus, packages built here byte by byte
 // (stored, aligned, deflated, with data descriptors, lying about sizes), damaged copies, and
 // asset path resolution.
+#include "support/ExpectImportError.h"
 #include "import/ImportError.h"
 #include "import/usd/CrateReader.h"
 #include "import/usd/MappedFile.h"
@@ -29,13 +30,6 @@ core::Result<UsdzArchive> openBytes(const Bytes& bytes) { return UsdzArchive::op
 
 std::string text(const UsdzEntry& e) { return {reinterpret_cast<const char*>(e.data.data()), e.data.size()}; }
 
-void expectError(const core::Result<UsdzArchive>& result, ImportErrorCode code, const std::string& fragment) {
-    ASSERT_FALSE(result.ok());
-    EXPECT_EQ(result.error().domain(), importErrorDomain);
-    EXPECT_EQ(result.error().code(), static_cast<int>(code)) << result.error().localizedDescription();
-    EXPECT_NE(result.error().localizedDescription().find(fragment), std::string::npos)
-        << result.error().localizedDescription();
-}
 
 std::shared_ptr<const MappedFile> mapCorpus(const std::filesystem::path& path) {
     auto file = MappedFile::open(path.string());
@@ -124,7 +118,7 @@ TEST(UsdzArchiveCorpus, CompressedUnalignedPackageIsStillReadAndItsNestedPackage
 TEST(UsdzArchiveCorpus, PackageWithoutDefaultLayerIsRejected) {
     ORVANTA_CORPUS_FILE(path, "usdz-bad/openusd_first_file_not_usd.usdz");
     const auto file = mapCorpus(path);
-    expectError(UsdzArchive::open(file->bytes(), file), ImportErrorCode::malformedData,
+    testing::expectImportError(UsdzArchive::open(file->bytes(), file), ImportErrorCode::malformedData,
                 "the first entry 'b.png' is not a USD layer");
 }
 
@@ -192,34 +186,34 @@ TEST(UsdzArchive, DeflatedUnalignedAndDescriptorEntriesAreRead) {
 TEST(UsdzArchive, BrokenOrHostilePackagesEndInClearErrors) {
     using C = ImportErrorCode;
     const std::string html = "<!DOCTYPE html>\n<html><head><title>Dish</title></head></html>\n";
-    expectError(openBytes({}), C::unrecognisedFormat, "empty");
-    expectError(openBytes(Bytes(html.begin(), html.end())), C::unrecognisedFormat, "not a zip archive");
+    testing::expectImportError(openBytes({}), C::unrecognisedFormat, "empty");
+    testing::expectImportError(openBytes(Bytes(html.begin(), html.end())), C::unrecognisedFormat, "not a zip archive");
 
     // A bomb: a few deflated bytes that claim to inflate to 4 GiB.
     ZipBuilder::Entry bomb{"dish.usda", std::string(1000, 'x'), true};
     bomb.declaredSize = 0xfffffff0u;
-    expectError(openBytes(ZipBuilder().add(bomb).build()), C::malformedData, "impossible inflated size");
+    testing::expectImportError(openBytes(ZipBuilder().add(bomb).build()), C::malformedData, "impossible inflated size");
     ZipBuilder::Entry liar{"dish.usda", std::string(1000, 'x'), true};
     liar.declaredSize = 2000;
-    expectError(openBytes(ZipBuilder().add(liar).build()), C::malformedData, "does not inflate to its declared 2000 bytes");
+    testing::expectImportError(openBytes(ZipBuilder().add(liar).build()), C::malformedData, "does not inflate to its declared 2000 bytes");
 
     ZipBuilder::Entry zip64{"dish.usda", "x"};
     zip64.declaredSize = 0xffffffffu;
-    expectError(openBytes(ZipBuilder().add(zip64).build()), C::unsupportedFeature, "Zip64");
+    testing::expectImportError(openBytes(ZipBuilder().add(zip64).build()), C::unsupportedFeature, "Zip64");
     ZipBuilder::Entry encrypted{"dish.usda", "x"};
     encrypted.flags = 1;
-    expectError(openBytes(ZipBuilder().add(encrypted).build()), C::unsupportedFeature, "encrypted");
+    testing::expectImportError(openBytes(ZipBuilder().add(encrypted).build()), C::unsupportedFeature, "encrypted");
     ZipBuilder::Entry bzip{"dish.usda", "x"};
     bzip.method = 12;
-    expectError(openBytes(ZipBuilder().add(bzip).build()), C::unsupportedFeature, "compression method 12");
+    testing::expectImportError(openBytes(ZipBuilder().add(bzip).build()), C::unsupportedFeature, "compression method 12");
     ZipBuilder::Entry stored{"dish.usda", "x"};
     stored.declaredSize = 7;
-    expectError(openBytes(ZipBuilder().add(stored).build()), C::malformedData, "two different sizes");
+    testing::expectImportError(openBytes(ZipBuilder().add(stored).build()), C::malformedData, "two different sizes");
 
     // A stored entry whose size runs past the end of the file.
     Bytes overlong = ZipBuilder().add("dish.usda", "#usda 1.0\n").build();
     overlong[18] = 0xff; overlong[19] = 0xff; overlong[22] = 0xff; overlong[23] = 0xff;
-    expectError(openBytes(overlong), C::malformedData, "declares 65535 bytes but the file ends");
+    testing::expectImportError(openBytes(overlong), C::malformedData, "declares 65535 bytes but the file ends");
 
     // The directory disagrees with the local header about a size.
     Bytes disagreeing = ZipBuilder().add("dish.usda", "#usda 1.0\n").build();
@@ -227,11 +221,11 @@ TEST(UsdzArchive, BrokenOrHostilePackagesEndInClearErrors) {
     const auto central = std::search(disagreeing.begin(), disagreeing.end(), std::begin(centralSignature), std::end(centralSignature));
     ASSERT_NE(central, disagreeing.end());
     central[20] = 9; central[24] = 9;
-    expectError(openBytes(disagreeing), C::malformedData, "disagree on the entry's size");
+    testing::expectImportError(openBytes(disagreeing), C::malformedData, "disagree on the entry's size");
 
-    expectError(openBytes(ZipBuilder().add("dish.usda", "a").add("b.png", "b").build(1)), C::malformedData,
+    testing::expectImportError(openBytes(ZipBuilder().add("dish.usda", "a").add("b.png", "b").build(1)), C::malformedData,
                 "the central directory lists 1 entries, the archive holds 2");
-    expectError(openBytes(ZipBuilder().add("dir/", "").build()), C::malformedData, "holds no files");
+    testing::expectImportError(openBytes(ZipBuilder().add("dir/", "").build()), C::malformedData, "holds no files");
 }
 
 TEST(UsdzArchive, AssetPathsResolveRelativeToTheReferencingLayer) {
@@ -262,7 +256,7 @@ TEST(MappedFile, MapsFilesAndReportsTheOnesItCannot) {
     const auto mapped = MappedFile::open(empty.string());
     ASSERT_TRUE(mapped.ok());
     EXPECT_TRUE(mapped.value()->bytes().empty());
-    expectError(UsdzArchive::open(mapped.value()->bytes(), mapped.value()), ImportErrorCode::unrecognisedFormat, "empty");
+    testing::expectImportError(UsdzArchive::open(mapped.value()->bytes(), mapped.value()), ImportErrorCode::unrecognisedFormat, "empty");
 
     const auto missing = MappedFile::open((dir / "missing.usdz").string());
     ASSERT_FALSE(missing.ok());
