@@ -340,6 +340,39 @@ def Mesh "Wide"
     EXPECT_EQ(wide->indices, (std::vector<std::uint32_t>{0, 1, 2}));
 }
 
+TEST(UsdSceneTest, PointIndexedFaceVaryingStreamKeepsPointsAndCornerValues) {
+    // Two quads sharing an edge; "PerPoint" indexes its faceVarying coordinates by the
+    // corners' own points, "PerCorner" writes the same value at every corner unindexed.
+    const ImportedScene scene = importOk(importText(R"(#usda 1.0
+def Mesh "PerPoint"
+{
+    point3f[] points = [(0, 0, 0), (1, 0, 0), (2, 0, 0), (0, 1, 0), (1, 1, 0), (2, 1, 0)]
+    int[] faceVertexCounts = [4, 4]
+    int[] faceVertexIndices = [0, 1, 4, 3, 1, 2, 5, 4]
+    texCoord2f[] primvars:st = [(0, 0), (0.5, 0), (1, 0), (0, 1), (0.5, 1), (1, 1)] ( interpolation = "faceVarying" )
+    int[] primvars:st:indices = [0, 1, 4, 3, 1, 2, 5, 4]
+}
+def Mesh "PerCorner"
+{
+    point3f[] points = [(0, 0, 0), (1, 0, 0), (2, 0, 0), (0, 1, 0), (1, 1, 0), (2, 1, 0)]
+    int[] faceVertexCounts = [4, 4]
+    int[] faceVertexIndices = [0, 1, 4, 3, 1, 2, 5, 4]
+    texCoord2f[] primvars:st = [(0, 0), (0.5, 0), (0.5, 1), (0, 1), (0.5, 0), (1, 0), (1, 1), (0.5, 1)] ( interpolation = "faceVarying" )
+}
+)"));
+    const ImportedMesh* perPoint = meshNamed(scene, "PerPoint");
+    const ImportedMesh* perCorner = meshNamed(scene, "PerCorner");
+    ASSERT_NE(perPoint, nullptr);
+    ASSERT_NE(perCorner, nullptr);
+    EXPECT_EQ(perPoint->positions.size(), 6u);  // the points stay shared
+    EXPECT_EQ(perCorner->positions.size(), 8u);
+    ASSERT_EQ(perPoint->indices.size(), perCorner->indices.size());
+    for (std::size_t i = 0; i < perPoint->indices.size(); ++i) {
+        EXPECT_EQ(perPoint->positions.at(perPoint->indices[i]), perCorner->positions.at(perCorner->indices[i])) << i;
+        EXPECT_EQ(perPoint->texCoords.at(perPoint->indices[i]), perCorner->texCoords.at(perCorner->indices[i])) << i;
+    }
+}
+
 TEST(UsdSceneTest, SubsetsSplitTrianglesByMaterial) {
     const ImportedScene scene = importOk(importText(R"(#usda 1.0
 def Xform "Root" ( prepend apiSchemas = ["MaterialBindingAPI"] )

@@ -41,7 +41,7 @@ core::Result<ImportedScene> UsdImporter::importBytes(std::span<const std::uint8_
         stage = UsdStage::openLayer(bytes, name);
     }
     if (!stage) return stage.error();
-    ImportedScene scene = UsdSceneBuilder::build(stage.value());
+    ImportedScene scene = UsdSceneBuilder::build(std::move(stage).value());
     scene.format = std::move(format);
     return scene;
 }

@@ -37,7 +37,7 @@ QMatrix4x4 stageToYUpMetres(const Layer& root) {
 
 class Builder {
 public:
-    explicit Builder(const UsdStage& stage) : stage_(stage), materials_(stage, scene_) {}
+    explicit Builder(UsdStage& stage) : stage_(stage), materials_(stage, scene_) {}
 
     ImportedScene run() {
         ImportedNode root;
@@ -63,7 +63,10 @@ private:
         if (!p.typeName.empty() && p.typeName != "Scope") node.localTransform = UsdXformOps::localTransform(p);
         scene_.nodes.push_back(std::move(node));
         scene_.nodes[static_cast<std::size_t>(parentNode)].children.push_back(nodeIndex);
-        if (p.typeName == "Mesh") addMesh(p, nodeIndex);
+        if (p.typeName == "Mesh") {
+            addMesh(p, nodeIndex);
+            stage_.releaseArrays(primIndex);
+        }
         for (int child : p.children) visit(child, nodeIndex);
     }
 
@@ -122,13 +125,13 @@ private:
         scene_.meshes.push_back(std::move(*built));
     }
 
-    const UsdStage& stage_;
+    UsdStage& stage_;
     ImportedScene scene_;
     UsdMaterialReader materials_;
 };
 
 } // namespace
 
-ImportedScene UsdSceneBuilder::build(const UsdStage& stage) { return Builder(stage).run(); }
+ImportedScene UsdSceneBuilder::build(UsdStage&& stage) { return Builder(stage).run(); }
 
 } // namespace orvanta::import::usd

@@ -9,6 +9,8 @@
 // the bound material's textures name, else `primvars:st`, else the first texCoord2 primvar.
 // Node 0 is the root: it turns the stage into Y-up metres (`upAxis` Z is rotated to Y,
 // `metersPerUnit`, 0.01 when unstated, scales).
+// The stage is used up: each Mesh prim's arrays are released (UsdStage::releaseArrays) as
+// soon as its mesh is built, keeping peak memory near the larger of layer and output.
 // Thread: pure functions, any thread.
 
 #include "import/ImportedScene.h"
@@ -19,7 +21,7 @@ namespace orvanta::import::usd {
 class UsdSceneBuilder {
 public:
     // Thread: any.
-    static ImportedScene build(const UsdStage& stage);
+    static ImportedScene build(UsdStage&& stage);
 };
 
 } // namespace orvanta::import::usd

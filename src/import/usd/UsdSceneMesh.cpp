@@ -205,13 +205,18 @@ std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, cons
     std::size_t total = 0;
     for (std::size_t& end : groupEnd) end = total += end;
     if (total == 0) return std::nullopt;
-    mesh.indices.resize(total);
     for (std::size_t g = 0; g < groupEnd.size(); ++g) {
         const std::size_t first = g == 0 ? 0 : groupEnd[g - 1];
         if (groupEnd[g] == first) continue;
         mesh.subsets.push_back({static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(groupEnd[g] - first),
                                 g < subsets.size() ? subsets[g].material : material});
     }
+    // With one group, face order is group order: triangles are appended to a buffer reserved
+    // once, never zero-filled. Several groups are written at their cursors into a buffer
+    // sized once.
+    const bool inFaceOrder = mesh.subsets.size() == 1;
+    if (inFaceOrder) mesh.indices.reserve(total);
+    else mesh.indices.resize(total);
 
     // Write each face's triangles at its group's cursor, in vertex indices of `mesh`. A face
     // left with no triangle adds no vertices.
@@ -228,13 +233,13 @@ std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, cons
         if (perCorner) {
             for (std::size_t k = 0; k < face.size(); ++k) addVertex(f, first + k, static_cast<std::size_t>(face[k]));
         }
-        std::uint32_t* out = mesh.indices.data() + groupCursor[groupOf(f)];
+        std::size_t& cursor = groupCursor[groupOf(f)];
         forEachFanTriangle(face, [&](std::size_t k) {
-            *out++ = vertex(0);
-            *out++ = vertex(leftHanded ? k + 1 : k);
-            *out++ = vertex(leftHanded ? k : k + 1);
+            const std::uint32_t triangle[3] = {vertex(0), vertex(leftHanded ? k + 1 : k), vertex(leftHanded ? k : k + 1)};
+            if (inFaceOrder) mesh.indices.insert(mesh.indices.end(), std::begin(triangle), std::end(triangle));
+            else std::copy(std::begin(triangle), std::end(triangle), mesh.indices.begin() + static_cast<std::ptrdiff_t>(cursor));
+            cursor += 3;
         });
-        groupCursor[groupOf(f)] += 3 * std::size_t{faceTriangles[f]};
     }
     return mesh;
 }

@@ -288,7 +288,31 @@ core::Result<UsdStage> UsdStage::compose(std::unique_ptr<UsdStageLayers> layers)
     stage.layers_ = std::move(layers);
     if (auto error = Composer(*stage.layers_, stage.prims_).run()) return *error;
     for (std::size_t i = 0; i < stage.prims_.size(); ++i) stage.byPath_.emplace(stage.prims_[i].path, static_cast<int>(i));
+    for (const Prim& prim : stage.prims_) {
+        for (const Property& property : prim.properties) {
+            for (const Opinion& opinion : property.opinions) ++stage.propertyReaders_[opinion.spec];
+        }
+    }
     return stage;
+}
+
+void UsdStage::releaseArrays(int index) {
+    for (const Property& property : prims_[static_cast<std::size_t>(index)].properties) {
+        for (const Opinion& opinion : property.opinions) {
+            const auto readers = propertyReaders_.find(opinion.spec);
+            if (readers == propertyReaders_.end() || --readers->second > 0) continue;
+            propertyReaders_.erase(readers);
+            // The stage owns its layers through layers_; opinions only view their specs as
+            // const so that reading cannot change them.
+            auto& fields = const_cast<Spec*>(opinion.spec)->fields;
+            const auto value = fields.find("default");
+            if (value == fields.end()) continue;
+            const auto& data = value->second.data;
+            if (std::holds_alternative<IntArray>(data) || std::holds_alternative<FloatArray>(data) ||
+                std::holds_alternative<DoubleArray>(data))
+                value->second = Value{};
+        }
+    }
 }
 
 const UsdStage::Prim* UsdStage::prim(const std::string& path) const {

@@ -11,6 +11,8 @@
 // rewritten to the stage path of the referencing prim. A reference back to a site already
 // being expanded is refused as a cycle; arc depth, namespace depth, site and prim counts are
 // capped. Unresolvable references are left out, as USD does.
+// Once a prim's output is built, releaseArrays frees the numeric arrays its properties hold,
+// so decoded layer data and the output never coexist in full.
 // Thread: build on any thread; a built stage is read from one thread.
 
 #include "core/Result.h"
@@ -90,6 +92,13 @@ public:
     // Thread: the reader's.
     std::optional<UsdStageLayers::Asset> asset(int layer, const std::string& assetPath) const;
 
+    // Tells the stage that prim `index` has been read for the last time: the int, float and
+    // double array defaults of its property specs that no other prim reads any more are
+    // freed and read as unauthored from then on. A spec that several prims share (through
+    // references) is freed only when the last of them is released, so a prim never released
+    // keeps its shared specs intact. Thread: the reader's.
+    void releaseArrays(int index);
+
 private:
     struct Site;
     class Composer;
@@ -99,6 +108,7 @@ private:
     std::unique_ptr<UsdStageLayers> layers_;
     std::vector<Prim> prims_;
     std::unordered_map<std::string, int> byPath_;
+    std::unordered_map<const Spec*, int> propertyReaders_;  // prims not yet released per property spec
 };
 
 } // namespace orvanta::import::usd
