@@ -18,6 +18,27 @@
 
 namespace orvanta::testing {
 
+// Everything one subscription delivered, and whether it arrived on the main queue.
+template <class T>
+struct Outcome {
+    std::optional<T> value;
+    std::optional<core::Error> error;
+    bool finished = false;
+    bool deliveredOnMain = false;
+    bool done() const { return finished || error.has_value(); }
+};
+
+template <class T>
+core::Cancellable record(const core::Publisher<T>& publisher, Outcome<T>& outcome, const core::ManualScheduler& main) {
+    return publisher.sink(
+        [&outcome, &main](const core::Completion& c) {
+            if (c.isFinished()) outcome.finished = true;
+            else outcome.error = c.failure;
+            outcome.deliveredOnMain = main.isCurrent();
+        },
+        [&outcome](T v) { outcome.value = std::move(v); });
+}
+
 class ModelsFixture : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -42,6 +63,15 @@ protected:
         server_.route(path, route);
     }
 
+    // Subscribes to `publisher` and drives the main queue until it has delivered.
+    template <class T>
+    Outcome<T> awaitOutcome(const core::Publisher<T>& publisher) {
+        Outcome<T> outcome;
+        auto subscription = record(publisher, outcome, *main_);
+        EXPECT_TRUE(main_->runUntil([&] { return outcome.done(); }));
+        return outcome;
+    }
+
     QTemporaryDir cacheDir_;
     std::optional<std::string> savedTmpdir_;
     std::shared_ptr<core::ManualScheduler> main_ = std::make_shared<core::ManualScheduler>();
@@ -50,26 +80,5 @@ protected:
     std::shared_ptr<NetworkManager> network_ = std::make_shared<NetworkManager>(client_);
     LogCapture log_;
 };
-
-// Everything one subscription delivered, and whether it arrived on the main queue.
-template <class T>
-struct Outcome {
-    std::optional<T> value;
-    std::optional<core::Error> error;
-    bool finished = false;
-    bool deliveredOnMain = false;
-    bool done() const { return finished || error.has_value(); }
-};
-
-template <class T>
-core::Cancellable record(const core::Publisher<T>& publisher, Outcome<T>& outcome, const core::ManualScheduler& main) {
-    return publisher.sink(
-        [&outcome, &main](const core::Completion& c) {
-            if (c.isFinished()) outcome.finished = true;
-            else outcome.error = c.failure;
-            outcome.deliveredOnMain = main.isCurrent();
-        },
-        [&outcome](T v) { outcome.value = std::move(v); });
-}
 
 } // namespace orvanta::testing

@@ -33,9 +33,7 @@ using NetworkManagerCache = ModelsFixture;
 
 TEST_F(NetworkManagerCache, CachedFileIsServedWithoutARequest) {
     TestModels::write(cachePath("dish.glb"), TestModels::glbWithNodes(1));
-    Outcome<NodePtr> outcome;
-    auto c = record(network_->loadSceneKitModel(server_.url("/menu/dish.glb")), outcome, *main_);
-    ASSERT_TRUE(main_->runUntil([&] { return outcome.done(); }));
+    const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/menu/dish.glb")));
     EXPECT_TRUE(outcome.finished);
     EXPECT_EQ(server_.requestCount(), 0);
     EXPECT_EQ(log_.lines(), std::vector<std::string>{"File already exists locally: " + cachePath("dish.glb")});
@@ -43,15 +41,9 @@ TEST_F(NetworkManagerCache, CachedFileIsServedWithoutARequest) {
 
 TEST_F(NetworkManagerCache, DownloadsOnceThenAnyLinkWithTheSameFileNameHitsTheCache) {
     serveModel("/a/pasta.glb");
-    Outcome<NodePtr> first, second;
-    auto c1 = record(network_->loadSceneKitModel(server_.url("/a/pasta.glb")), first, *main_);
-    ASSERT_TRUE(main_->runUntil([&] { return first.done(); }));
-    ASSERT_TRUE(first.finished);
+    ASSERT_TRUE(awaitOutcome(network_->loadSceneKitModel(server_.url("/a/pasta.glb"))).finished);
     // Another host, folder and query, same last component: the first file answers.
-    const std::string otherHost = "http://localhost:1/elsewhere/pasta.glb?size=large";
-    auto c2 = record(network_->loadSceneKitModel(otherHost), second, *main_);
-    ASSERT_TRUE(main_->runUntil([&] { return second.done(); }));
-    EXPECT_TRUE(second.finished);
+    EXPECT_TRUE(awaitOutcome(network_->loadSceneKitModel("http://localhost:1/elsewhere/pasta.glb?size=large")).finished);
     EXPECT_EQ(server_.requestCount(), 1);
     EXPECT_EQ(log_.lines().front(), "Downloaded and saved model to: " + cachePath("pasta.glb"));
     EXPECT_EQ(cacheFiles(), QStringList{"pasta.glb"});
@@ -59,9 +51,7 @@ TEST_F(NetworkManagerCache, DownloadsOnceThenAnyLinkWithTheSameFileNameHitsTheCa
 
 TEST_F(NetworkManagerCache, ErrorPageIsCachedAsTheModelAndFailsInTheLoader) {
     // No route: the server answers 404 with an HTML page.
-    Outcome<NodePtr> node;
-    auto c1 = record(network_->loadSceneKitModel(server_.url("/missing.usdz")), node, *main_);
-    ASSERT_TRUE(main_->runUntil([&] { return node.done(); }));
+    const auto node = awaitOutcome(network_->loadSceneKitModel(server_.url("/missing.usdz")));
     expectError(node.error, "SceneKitError", 500, "Unable to create a SceneSource from the file.");
     EXPECT_TRUE(node.deliveredOnMain);
     QFile cached(QString::fromStdString(cachePath("missing.usdz")));
@@ -69,9 +59,7 @@ TEST_F(NetworkManagerCache, ErrorPageIsCachedAsTheModelAndFailsInTheLoader) {
     EXPECT_TRUE(cached.readAll().startsWith("<html>"));
 
     // The AR path reads the same cached page and reports the importer's own error.
-    Outcome<EntityPtr> entity;
-    auto c2 = record(network_->loadModel(server_.url("/missing.usdz")), entity, *main_);
-    ASSERT_TRUE(main_->runUntil([&] { return entity.done(); }));
+    const auto entity = awaitOutcome(network_->loadModel(server_.url("/missing.usdz")));
     ASSERT_TRUE(entity.error.has_value());
     EXPECT_EQ(entity.error->domain(), "ModelImportError");
     EXPECT_EQ(server_.requestCount(), 1);
@@ -82,9 +70,7 @@ TEST_F(NetworkManagerCache, FollowsRedirectsAndCachesUnderTheRequestedName) {
     Route moved;
     moved.redirectTo = server_.url("/real/final.glb");
     server_.route("/old/dish.glb", moved);
-    Outcome<NodePtr> outcome;
-    auto c = record(network_->loadSceneKitModel(server_.url("/old/dish.glb")), outcome, *main_);
-    ASSERT_TRUE(main_->runUntil([&] { return outcome.done(); }));
+    const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/old/dish.glb")));
     EXPECT_TRUE(outcome.finished);
     EXPECT_EQ(cacheFiles(), QStringList{"dish.glb"});
 }
@@ -96,10 +82,8 @@ TEST_F(NetworkManagerTransfer, ConnectionClosedMidBodyFailsOffTheMainThreadAndLe
     broken.body = QByteArray(1 << 20, 'x');
     broken.closeMidBody = true;
     server_.route("/broken.glb", broken);
-    Outcome<NodePtr> outcome;
-    auto c = record(network_->loadSceneKitModel(server_.url("/broken.glb")), outcome, *main_);
     // The failure is delivered by the HTTP client's thread, not through the main queue.
-    ASSERT_TRUE(main_->runUntil([&] { return outcome.done(); }));
+    const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/broken.glb")));
     ASSERT_TRUE(outcome.error.has_value());
     EXPECT_EQ(outcome.error->domain(), "URLError");
     EXPECT_FALSE(outcome.deliveredOnMain);
@@ -109,10 +93,7 @@ TEST_F(NetworkManagerTransfer, ConnectionClosedMidBodyFailsOffTheMainThreadAndLe
     // stack may itself retry a connection closed early, so count relative to now.)
     const int requestsSoFar = server_.requestCount("/broken.glb");
     serveModel("/broken.glb");
-    Outcome<NodePtr> retry;
-    auto c2 = record(network_->loadSceneKitModel(server_.url("/broken.glb")), retry, *main_);
-    ASSERT_TRUE(main_->runUntil([&] { return retry.done(); }));
-    EXPECT_TRUE(retry.finished);
+    EXPECT_TRUE(awaitOutcome(network_->loadSceneKitModel(server_.url("/broken.glb"))).finished);
     EXPECT_EQ(server_.requestCount("/broken.glb"), requestsSoFar + 1);
 }
 
@@ -121,9 +102,7 @@ TEST_F(NetworkManagerTransfer, SlowServerTimesOut) {
     slow.body = TestModels::glbWithNodes(1);
     slow.delayMs = 3000;
     server_.route("/slow.glb", slow);
-    Outcome<NodePtr> outcome;
-    auto c = record(network_->loadSceneKitModel(server_.url("/slow.glb")), outcome, *main_);
-    ASSERT_TRUE(main_->runUntil([&] { return outcome.done(); }));
+    const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/slow.glb")));
     expectError(outcome.error, "URLError", -1001, outcome.error ? outcome.error->localizedDescription() : "");
     EXPECT_TRUE(cacheFiles().isEmpty());
 }
@@ -145,9 +124,7 @@ TEST_F(NetworkManagerTransfer, HostileFileNamesNeverReachTheFileSystem) {
 
 TEST_F(NetworkManagerTransfer, RequestsCarryNothingOfTheKit) {
     serveModel("/plain.glb");
-    Outcome<NodePtr> outcome;
-    auto c = record(network_->loadSceneKitModel(server_.url("/plain.glb")), outcome, *main_);
-    ASSERT_TRUE(main_->runUntil([&] { return outcome.done(); }));
+    const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/plain.glb")));
     const auto requests = server_.requests();
     ASSERT_EQ(requests.size(), 1u);
     EXPECT_EQ(requests[0].path, "/plain.glb");
@@ -162,9 +139,7 @@ using NetworkManagerLoaders = ModelsFixture;
 
 TEST_F(NetworkManagerLoaders, ContainerHoldsTheSceneRootsChildrenInOrderWithNoParent) {
     TestModels::write(cachePath("three.glb"), TestModels::glbWithNodes(3));
-    Outcome<NodePtr> outcome;
-    auto c = record(network_->loadSceneKitModel(server_.url("/three.glb")), outcome, *main_);
-    ASSERT_TRUE(main_->runUntil([&] { return outcome.done(); }));
+    const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/three.glb")));
     ASSERT_TRUE(outcome.value.has_value());
     const NodePtr& container = *outcome.value;
     EXPECT_EQ(container->parent(), nullptr);
@@ -224,15 +199,11 @@ TEST_F(NetworkManagerLoaders, UsdzDishLoadsEndToEndInBothModes) {
     route.body = file.readAll();
     server_.route("/dishes/logo.usdz", route);
 
-    Outcome<EntityPtr> entity;
-    auto c1 = record(network_->loadModel(server_.url("/dishes/logo.usdz")), entity, *main_);
-    ASSERT_TRUE(main_->runUntil([&] { return entity.done(); }));
+    const auto entity = awaitOutcome(network_->loadModel(server_.url("/dishes/logo.usdz")));
     ASSERT_TRUE(entity.value.has_value()) << entity.error->description();
     EXPECT_FALSE((*entity.value)->children().empty());
 
-    Outcome<NodePtr> node;
-    auto c2 = record(network_->loadSceneKitModel(server_.url("/dishes/logo.usdz")), node, *main_);
-    ASSERT_TRUE(main_->runUntil([&] { return node.done(); }));
+    const auto node = awaitOutcome(network_->loadSceneKitModel(server_.url("/dishes/logo.usdz")));
     ASSERT_TRUE(node.value.has_value()) << node.error->description();
     EXPECT_FALSE((*node.value)->childNodes().empty());
     EXPECT_FALSE((*node.value)->boundingBox().empty);
