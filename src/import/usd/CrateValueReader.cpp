@@ -10,6 +10,24 @@ namespace orvanta::import::usd {
 
 namespace {
 
+// The first `n` little-endian values of `raw`, copied without zero-filling the result first
+// (the arrays are the bulk of a layer: points, normals, texture coordinates). Staging
+// through a small buffer keeps the copy alignment-safe.
+template <class T>
+std::vector<T> copyPlain(std::span<const std::uint8_t> raw, std::size_t n) {
+    constexpr std::size_t stage = 1024;
+    std::vector<T> out;
+    out.reserve(n);
+    T buffer[stage];
+    for (std::size_t done = 0; done < n;) {
+        const std::size_t k = std::min(stage, n - done);
+        std::memcpy(buffer, raw.data() + done * sizeof(T), k * sizeof(T));
+        out.insert(out.end(), buffer, buffer + k);
+        done += k;
+    }
+    return out;
+}
+
 // The crate type numbers the reader understands; any other number reads as an empty Value.
 enum CrateType : std::uint8_t {
     typeBool = 1, typeUChar, typeInt, typeUInt, typeInt64, typeUInt64, typeHalf, typeFloat, typeDouble,
@@ -355,15 +373,11 @@ Value CrateValueReader::numericValue(const Numeric& numeric, bool isArray, std::
     switch (numeric.component) {
     case Component::f32: {
         budget_.charge(n * sizeof(float));
-        FloatArray out{numeric.width, std::vector<float>(n), isArray};
-        if (n != 0) std::memcpy(out.values.data(), raw.data(), n * sizeof(float));
-        return Value{std::move(out)};
+        return Value{FloatArray{numeric.width, copyPlain<float>(raw, n), isArray}};
     }
     case Component::f64: {
         budget_.charge(n * sizeof(double));
-        DoubleArray out{numeric.width, std::vector<double>(n), isArray};
-        if (n != 0) std::memcpy(out.values.data(), raw.data(), n * sizeof(double));
-        return Value{std::move(out)};
+        return Value{DoubleArray{numeric.width, copyPlain<double>(raw, n), isArray}};
     }
     case Component::f16: {
         budget_.charge(n * sizeof(float));
