@@ -2,6 +2,7 @@
 // corpus's bad files, truncated and bit-flipped copies of every good corpus file, an HTML
 // page under a model's name, an empty file and zip archives that declare huge sizes. Each
 // must end in a ModelImportError or load; none may crash or hang.
+#include "support/FuzzRegressions.h"
 #include "import/AssimpImporter.h"
 #include "import/ImportError.h"
 #include "import/SceneImporter.h"
@@ -198,12 +199,11 @@ TEST(BadInputTest, ZipArchivesDeclaringHugeSizesEndInErrors) {
 
 // Inputs the GLB fuzz target found crashing or hanging, minimised, fed in the same way.
 TEST(BadInputTest, GlbFuzzRegressionsReplayCleanly) {
-    const fs::path folder = fs::path(ORVANTA_SOURCE_DIR) / "fuzz" / "regressions" / "fuzz_glb";
-    if (!fs::exists(folder)) GTEST_SKIP() << "no regressions recorded";
-    for (const auto& entry : fs::directory_iterator(folder)) {
-        SCOPED_TRACE(entry.path().string());
-        const Bytes bytes = readBytes(entry.path());
-        const auto result = AssimpImporter::importBytes(bytes, "glb");
+    const auto inputs = testing::fuzzRegressions("fuzz_glb");
+    ASSERT_FALSE(inputs.empty()) << "the recorded GLB regressions are missing";
+    for (const auto& input : inputs) {
+        SCOPED_TRACE(input.name);
+        const auto result = AssimpImporter::importBytes(input.bytes, "glb");
         if (!result) {
             EXPECT_EQ(result.error().domain(), importErrorDomain);
         }

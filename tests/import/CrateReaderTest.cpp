@@ -1,6 +1,7 @@
 // CrateReader: every crate layer of the corpus with counts checked by hand against its
 // manifest, crate files built here for each version and value coding, and damaged, lying
 // or hostile files that must end in a clear error.
+#include "support/FuzzRegressions.h"
 #include "support/ExpectImportError.h"
 #include "import/ImportError.h"
 #include "import/usd/CrateReader.h"
@@ -518,12 +519,11 @@ TEST(CrateReaderCorpus, TruncatedAndBitFlippedCopiesFailCleanly) {
 
 // Inputs the fuzzer once crashed or hung on; each must now end in a layer or an error.
 TEST(CrateReader, FuzzRegressionsReplay) {
-    const auto dir = std::filesystem::path(ORVANTA_SOURCE_DIR) / "fuzz" / "regressions" / "fuzz_usdc";
-    if (!std::filesystem::exists(dir)) GTEST_SKIP() << "no regressions recorded";
-    for (const auto& input : std::filesystem::directory_iterator(dir)) {
-        SCOPED_TRACE(input.path().string());
-        std::ifstream in(input.path(), std::ios::binary);
-        (void)readBytes(Bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>()));
+    const auto inputs = testing::fuzzRegressions("fuzz_usdc");
+    if (inputs.empty()) GTEST_SKIP() << "no regressions recorded";
+    for (const auto& input : inputs) {
+        SCOPED_TRACE(input.name);
+        (void)readBytes(input.bytes);
     }
 }
 

@@ -1,3 +1,4 @@
+#include "support/FuzzRegressions.h"
 #include "import/ImportError.h"
 #include "import/usd/UsdImporter.h"
 #include "support/Corpus.h"
@@ -522,12 +523,11 @@ TEST(UsdSceneTest, BrokenInputEndsInAnErrorNeverACrash) {
 }
 
 TEST(UsdSceneTest, FuzzRegressionsReplayCleanly) {
-    const std::filesystem::path folder = std::filesystem::path(ORVANTA_SOURCE_DIR) / "fuzz/regressions/fuzz_usda";
-    if (!std::filesystem::exists(folder)) GTEST_SKIP() << "no regressions recorded";
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        SCOPED_TRACE(entry.path().string());
-        std::ifstream in(entry.path(), std::ios::binary);
-        const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    const auto inputs = orvanta::testing::fuzzRegressions("fuzz_usda");
+    if (inputs.empty()) GTEST_SKIP() << "no regressions recorded";
+    for (const auto& input : inputs) {
+        SCOPED_TRACE(input.name);
+        const std::string text(input.bytes.begin(), input.bytes.end());
         (void)importText(text.starts_with("#usda") ? text : "#usda 1.0\n" + text, "/nonexistent-fuzz-folder/replay.usda");
     }
 }

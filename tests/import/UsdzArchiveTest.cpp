@@ -1,6 +1,7 @@
 // UsdzArchive and MappedFile: real packages from the corpus, packages built here byte by byte
 // (stored, aligned, deflated, with data descriptors, lying about sizes), damaged copies, and
 // asset path resolution.
+#include "support/FuzzRegressions.h"
 #include "support/ExpectImportError.h"
 #include "import/ImportError.h"
 #include "import/usd/CrateReader.h"
@@ -269,13 +270,11 @@ TEST(MappedFile, MapsFilesAndReportsTheOnesItCannot) {
 
 // Inputs the fuzzer once crashed or hung on; each must now end in a result or an error.
 TEST(UsdzArchive, FuzzRegressionsReplay) {
-    const auto dir = std::filesystem::path(ORVANTA_SOURCE_DIR) / "fuzz" / "regressions" / "fuzz_usdz";
-    if (!std::filesystem::exists(dir)) GTEST_SKIP() << "no regressions recorded";
-    for (const auto& input : std::filesystem::directory_iterator(dir)) {
-        SCOPED_TRACE(input.path().string());
-        std::ifstream in(input.path(), std::ios::binary);
-        const Bytes bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-        const auto archive = openBytes(bytes);
+    const auto inputs = testing::fuzzRegressions("fuzz_usdz");
+    if (inputs.empty()) GTEST_SKIP() << "no regressions recorded";
+    for (const auto& input : inputs) {
+        SCOPED_TRACE(input.name);
+        const auto archive = openBytes(input.bytes);
         if (!archive.ok()) continue;
         for (const UsdzEntry& entry : archive->entries()) (void)CrateReader::read(entry.data, entry.path);
     }
