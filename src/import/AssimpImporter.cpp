@@ -164,10 +164,7 @@ unsigned postProcessing(const std::string& format) {
 core::Result<ImportedScene> convert(const Assimp::Importer& importer, const aiScene* scene, QString baseDir,
                                     std::string format) {
     if (!scene || !scene->mRootNode || (scene->mFlags & AI_SCENE_FLAGS_INCOMPLETE)) {
-        std::string reason = importer.GetErrorString();
-        if (reason.find("KHR_draco_mesh_compression") != std::string::npos)
-            return importError(ImportErrorCode::unsupportedFeature,
-                               "Draco-compressed meshes (KHR_draco_mesh_compression) are not supported");
+        const std::string reason = importer.GetErrorString();
         return importError(ImportErrorCode::malformedData,
                            "Cannot read the model: " + (reason.empty() ? std::string("no scene in the file") : reason));
     }
