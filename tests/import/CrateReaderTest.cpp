@@ -4,6 +4,7 @@
 #include "support/FuzzRegressions.h"
 #include "support/ExpectImportError.h"
 #include "import/ImportError.h"
+#include "import/usd/CrateLazyArrays.h"
 #include "import/usd/CrateReader.h"
 #include "import/usd/MappedFile.h"
 #include "import/usd/UsdaParser.h"
@@ -18,6 +19,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -237,6 +239,77 @@ TEST(CrateReader, CompressedNumericArraysDecodeInEveryCoding) {
     const auto& empty = field<FloatArray>(layer, "/A.w", "empty");
     EXPECT_TRUE(empty.isArray);
     EXPECT_TRUE(empty.values.empty());
+}
+
+// Compressed integers are decoded inside their own result's buffer, so every mix of delta
+// widths must come out exactly: long runs of the common delta, of each width, and counts
+// that are no multiple of four.
+TEST(CrateReader, CompressedIntegersOfEveryDeltaWidthDecodeExactly) {
+    std::minstd_rand random(3);
+    std::vector<std::int32_t> narrow{5};
+    for (int i = 0; i < 5001; ++i) narrow.push_back(narrow.back() + 2);                  // the common delta
+    for (int i = 0; i < 5002; ++i) narrow.push_back(narrow.back() + (i % 7) - 3);        // 8-bit deltas
+    for (int i = 0; i < 5003; ++i) narrow.push_back(static_cast<std::int32_t>(random() % 60000) - 30000);  // 16-bit
+    for (int i = 0; i < 5001; ++i) narrow.push_back(static_cast<std::int32_t>(random()) * (i % 2 ? 1 : -1));  // 32-bit
+    std::vector<std::int64_t> wide;
+    for (std::int32_t v : narrow) wide.push_back(std::int64_t{v} * (v % 3 == 0 ? 1 : 4'000'000'011));
+    CrateWriter b(8);
+    b.spec("/", sPseudoRoot, {});
+    b.spec("/A", sPrim, {});
+    b.spec("/A.narrow", sAttribute, {{"default", b.compressedArray(tInt, narrow)}});
+    b.spec("/A.wide", sAttribute, {{"default", b.compressedArray(tInt64, wide)}});
+    const auto result = readBytes(b.build());
+    ASSERT_TRUE(result.ok()) << result.error().localizedDescription();
+    EXPECT_EQ(field<IntArray>(result.value(), "/A.narrow", "default").values, IntArray::Values(narrow));
+    EXPECT_EQ(field<IntArray>(result.value(), "/A.wide", "default").values, IntArray::Values(wide));
+}
+
+// Read for a stage, large arrays stay in the file until decoded; plain floats then view the
+// file's bytes, and a broken array fails only when decoded, naming its layer.
+TEST(CrateReader, LargeArraysWaitInTheFileUntilDecoded) {
+    std::vector<float> points;
+    for (int i = 0; i < 3 * 4096; ++i) points.push_back(static_cast<float>(i) * 0.5f);
+    std::vector<std::int32_t> indices;
+    for (int i = 0; i < 6000; ++i) indices.push_back(i % 4096);
+    CrateWriter b(8);
+    const auto pointsRep = b.array<float>(tVec3f, points, 3);
+    const auto indicesRep = b.compressedArray(tInt, indices);
+    const auto brokenAt = b.arrayCount(6000);
+    b.put(std::uint64_t{12});
+    b.putAll<std::uint8_t>({0, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff});
+    b.spec("/", sPseudoRoot, {});
+    b.spec("/M", sPrim, {});
+    b.spec("/M.points", sAttribute, {{"default", pointsRep}, {"small", b.array<float>(tVec3f, {1, 2, 3}, 3)}});
+    b.spec("/M.faceVertexIndices", sAttribute, {{"default", indicesRep}});
+    b.spec("/M.broken", sAttribute, {{"default", rep(tInt, brokenAt, isArray | isCompressed)}});
+    const Bytes bytes = b.build();
+    const auto result = CrateReader::read(bytes, "test.usdc", CrateReader::Arrays::decodeWhenRead);
+    ASSERT_TRUE(result.ok()) << result.error().localizedDescription();
+    const Layer& layer = result.value();
+    EXPECT_EQ(field<FloatArray>(layer, "/M.points", "small").values, (std::vector<float>{1, 2, 3}));
+
+    const DeferredArray& deferredPoints = field<DeferredArray>(layer, "/M.points", "default");
+    ASSERT_NE(deferredPoints.source, nullptr);
+    const Value decodedPoints = deferredPoints.source->decode(deferredPoints);
+    const FloatArray* floats = decodedPoints.get<FloatArray>();
+    ASSERT_NE(floats, nullptr);
+    EXPECT_TRUE(floats->values.empty());
+    EXPECT_GE(floats->stored.data(), bytes.data());
+    EXPECT_LE(floats->stored.data() + floats->stored.size(), bytes.data() + bytes.size());
+    ASSERT_EQ(floats->size(), 4096u);
+    EXPECT_EQ(floats->component(0), 0.0f);
+    EXPECT_EQ(floats->component(3 * 4096 - 1), points.back());
+
+    const DeferredArray& deferredIndices = field<DeferredArray>(layer, "/M.faceVertexIndices", "default");
+    EXPECT_EQ(deferredIndices.source->decode(deferredIndices).get<IntArray>()->values, IntArray::Values(indices));
+
+    const DeferredArray& broken = field<DeferredArray>(layer, "/M.broken", "default");
+    try {
+        (void)broken.source->decode(broken);
+        ADD_FAILURE() << "a broken array decoded";
+    } catch (const CrateFormatError& error) {
+        EXPECT_TRUE(std::string(error.what()).starts_with("USDC layer test.usdc: the array at offset ")) << error.what();
+    }
 }
 
 TEST(CrateReader, InlinedValuesUnpackToTheirDeclaredTypes) {

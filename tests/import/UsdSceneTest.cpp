@@ -2,6 +2,7 @@
 #include "import/ImportError.h"
 #include "import/usd/UsdImporter.h"
 #include "support/Corpus.h"
+#include "support/CrateWriter.h"
 #include "support/ZipBuilder.h"
 
 #include <gtest/gtest.h>
@@ -495,6 +496,80 @@ def Mesh "Part"
     EXPECT_EQ(scene.meshes[0].texCoords.size(), 3u);  // no material varname: primvars:st
     ASSERT_EQ(scene.textures.size(), 1u);
     EXPECT_EQ(scene.textures[0].encoded.toStdString(), pngBytes);
+}
+
+// A crate layer with one 64 x 64 grid mesh, large enough that its arrays are decoded only
+// when the scene reads them: points, vertex normals, face-varying texture coordinates indexed
+// by the corners' points, and compressed topology. With `brokenIndices` the index block is
+// not valid LZ4.
+std::string gridCrateLayer(bool brokenIndices) {
+    using namespace testing::crate;
+    testing::CrateWriter w(8);
+    constexpr std::int32_t side = 64;
+    std::vector<float> points, normals, st;
+    for (std::int32_t z = 0; z < side; ++z)
+        for (std::int32_t x = 0; x < side; ++x) {
+            points.insert(points.end(), {float(x), 0.0f, float(z)});
+            normals.insert(normals.end(), {0.0f, 1.0f, 0.0f});
+            st.insert(st.end(), {float(x) / side, float(z) / side});
+        }
+    std::vector<std::int32_t> indices;
+    for (std::int32_t z = 0; z + 1 < side; ++z)
+        for (std::int32_t x = 0; x + 1 < side; ++x) {
+            const std::int32_t v = z * side + x;
+            indices.insert(indices.end(), {v, v + side, v + 1, v + 1, v + side, v + side + 1});
+        }
+    const auto indicesRep = [&] {
+        if (!brokenIndices) return w.compressedArray(tInt, indices);
+        const auto at = w.arrayCount(indices.size());
+        w.put(std::uint64_t{4});
+        w.putAll<std::uint8_t>({0, 0xff, 0xff, 0xff});
+        return rep(tInt, at, isArray | isCompressed);
+    }();
+    const std::vector<std::pair<std::string, std::uint64_t>> attributes{
+        {"points", w.array(tVec3f, points, 3)},
+        {"normals", w.array(tVec3f, normals, 3)},
+        {"faceVertexCounts", w.compressedArray(tInt, std::vector<std::int32_t>(indices.size() / 3, 3))},
+        {"faceVertexIndices", indicesRep},
+        {"primvars:st", w.array(tVec2f, st, 2)},
+        {"primvars:st:indices", w.compressedArray(tInt, indices)}};
+    std::vector<std::string> names;
+    for (const auto& [name, value] : attributes) names.push_back(name);
+    w.spec("/", sPseudoRoot, {{"defaultPrim", w.tokenInline("Grid")}, {"primChildren", w.tokenVector({"Grid"})}});
+    w.spec("/Grid", sPrim, {{"specifier", rep(tSpecifier, 0, isInlined)}, {"typeName", w.tokenInline("Mesh")},
+                            {"properties", w.tokenVector(names)}});
+    for (const auto& [name, value] : attributes) {
+        std::vector<std::pair<std::string, std::uint64_t>> fields{{"default", value}};
+        if (name == "primvars:st") fields.push_back({"interpolation", w.tokenInline("faceVarying")});
+        w.spec("/Grid." + name, sAttribute, fields);
+    }
+    const auto layer = w.build();
+    return {layer.begin(), layer.end()};
+}
+
+TEST(UsdSceneTest, LargeCrateMeshDecodesAsTheSceneReadsIt) {
+    const auto bytes = package({{"grid.usdc", gridCrateLayer(false)}});
+    const ImportedScene scene = importOk(UsdImporter::importBytes(*bytes, bytes, "grid.usdz"));
+    ASSERT_EQ(scene.meshes.size(), 1u);
+    const ImportedMesh& mesh = scene.meshes.front();
+    ASSERT_EQ(mesh.positions.size(), 64u * 64u);
+    ASSERT_EQ(mesh.triangleCount(), 63u * 63u * 2u);
+    ASSERT_EQ(mesh.normals.size(), mesh.positions.size());
+    ASSERT_EQ(mesh.texCoords.size(), mesh.positions.size());
+    for (std::size_t p : {std::size_t{0}, std::size_t{65}, std::size_t{64 * 64 - 1}}) {
+        expectNear(mesh.positions[p], QVector3D(float(p % 64), 0, float(p / 64)));
+        expectNear(mesh.normals[p], QVector3D(0, 1, 0));
+        EXPECT_EQ(mesh.texCoords[p], QVector2D(float(p % 64) / 64, float(p / 64) / 64));
+    }
+    EXPECT_EQ((std::vector<std::uint32_t>(mesh.indices.end() - 3, mesh.indices.end())),
+              (std::vector<std::uint32_t>{64 * 63 - 1, 64 * 64 - 2, 64 * 64 - 1}));
+
+    const auto broken = package({{"grid.usdc", gridCrateLayer(true)}});
+    const auto result = UsdImporter::importBytes(*broken, broken, "broken.usdz");
+    ASSERT_FALSE(result.ok());
+    EXPECT_EQ(result.error().code(), static_cast<int>(ImportErrorCode::malformedData));
+    EXPECT_NE(result.error().localizedDescription().find("USDC layer grid.usdc: the array at offset"), std::string::npos)
+        << result.error().localizedDescription();
 }
 
 TEST(UsdSceneTest, BrokenInputEndsInAnErrorNeverACrash) {

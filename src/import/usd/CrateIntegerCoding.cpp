@@ -24,38 +24,35 @@ template <class T> T load(const std::uint8_t* at) {
 
 std::uint64_t codeBytes(std::uint64_t count) { return (count + 3) / 4; }
 
-} // namespace
-
+// Decodes `count` values from `block` (the inflated blob, ending at the end of `out`'s
+// storage) into out[0, count). `codes` is a copy of the block's codes. Each value takes at
+// least as many bytes in `out` as its delta took in the block, so a value is written only
+// where the block has already been read.
 template <class Int, class Out>
-void CrateIntegerCoding::decode(std::span<const std::uint8_t> encoded, std::uint64_t count, std::vector<Out>& out) {
+void decodeInPlace(std::span<const std::uint8_t> block, std::span<const std::uint8_t> codes, std::uint64_t count, Out* out) {
     using Unsigned = std::make_unsigned_t<Int>;
     using D = Deltas<sizeof(Int)>;
-    if (encoded.size() < sizeof(Int) || encoded.size() - sizeof(Int) < codeBytes(count)) {
-        throw CrateFormatError("compressed integers are shorter than their codes");
-    }
-    const auto common = load<Unsigned>(encoded.data());
-    const std::uint8_t* codes = encoded.data() + sizeof(Int);
-    const std::uint8_t* deltas = codes + codeBytes(count);
-    const std::uint8_t* const end = encoded.data() + encoded.size();
-    // Delta width by code; a delta is read as 8 bytes and sign-extended from its width, so a
-    // group of four needs at most 3 * 8 + 8 bytes left to skip the per-value checks.
+    const auto common = load<Unsigned>(block.data());
+    const std::uint8_t* deltas = block.data() + sizeof(Int) + codes.size();
+    const std::uint8_t* const end = block.data() + block.size();
+    // Delta width by code; a delta is read as 8 bytes and sign-extended from its width by a
+    // shift pair, so a group of four needs at most 3 * 8 + 8 bytes left to skip the per-value
+    // checks. Code 0 reads a delta too and discards it, which keeps the loop free of
+    // data-dependent branches (random indices make those codes unpredictable).
     constexpr unsigned width[4] = {0, sizeof(typename D::Small), sizeof(typename D::Medium), sizeof(typename D::Large)};
+    constexpr unsigned shift[4] = {0, 64 - 8 * width[1], 64 - 8 * width[2], 64 - 8 * width[3]};
     constexpr std::size_t groupReach = 32;
 
     Unsigned running = 0;
-    const auto next = [&](unsigned code) {
-        if (code == 0) return common;
-        const unsigned shift = 64 - 8 * width[code];
-        const auto delta = static_cast<std::int64_t>(load<std::uint64_t>(deltas) << shift) >> shift;
-        deltas += width[code];
-        return static_cast<Unsigned>(delta);
-    };
     std::uint64_t i = 0;
     for (; i + 4 <= count && static_cast<std::size_t>(end - deltas) >= groupReach; i += 4) {
         const unsigned byte = codes[i / 4];
         for (unsigned j = 0; j < 4; ++j) {
-            running += next((byte >> (2 * j)) & 3u);
-            out.push_back(static_cast<Out>(static_cast<Int>(running)));
+            const unsigned code = (byte >> (2 * j)) & 3u;
+            const auto delta = static_cast<std::int64_t>(load<std::uint64_t>(deltas) << shift[code]) >> shift[code];
+            running += code == 0 ? common : static_cast<Unsigned>(delta);
+            deltas += width[code];
+            out[i + j] = static_cast<Out>(static_cast<Int>(running));
         }
     }
     // The last values, near the end of the data: check each delta and read it exactly.
@@ -71,12 +68,15 @@ void CrateIntegerCoding::decode(std::span<const std::uint8_t> encoded, std::uint
         default: running += static_cast<Unsigned>(load<typename D::Large>(deltas)); break;
         }
         deltas += width[code];
-        out.push_back(static_cast<Out>(static_cast<Int>(running)));
+        out[i] = static_cast<Out>(static_cast<Int>(running));
     }
 }
 
+} // namespace
+
 template <class Int, class Out>
 std::vector<Out> CrateIntegerCoding::read(CrateCursor& cursor, std::uint64_t count, CrateBudget& budget) {
+    static_assert(sizeof(Out) >= sizeof(Int), "decoding in place needs every value to grow or keep its size");
     const auto framed = cursor.take(cursor.read<std::uint64_t>());
     const std::uint64_t inflatedMax = framed.size() * Lz4Framing::maxExpansion + 64;
     if (count / 4 > inflatedMax) {  // every value takes at least a 2-bit code
@@ -84,17 +84,23 @@ std::vector<Out> CrateIntegerCoding::read(CrateCursor& cursor, std::uint64_t cou
                                std::to_string(framed.size()) + " bytes");
     }
     // The block holds the common delta, the codes and at most one full-width delta per value,
-    // and LZ4 cannot have expanded the framed bytes beyond maxExpansion. The buffer is left
-    // uninitialised: only the pages LZ4 writes are ever touched.
-    const std::uint64_t capacity = std::min(sizeof(Int) + codeBytes(count) + count * sizeof(Int), inflatedMax);
-    budget.charge(capacity);
-    const auto working = std::make_unique_for_overwrite<std::uint8_t[]>(static_cast<std::size_t>(capacity));
-    const std::size_t decoded =
-        Lz4Framing::decompress(framed, std::span<std::uint8_t>(working.get(), static_cast<std::size_t>(capacity)));
-    budget.charge(count * sizeof(Out));
-    std::vector<Out> out;
-    out.reserve(static_cast<std::size_t>(count));
-    decode<Int, Out>(std::span<const std::uint8_t>(working.get(), decoded), count, out);
+    // and LZ4 cannot have expanded the framed bytes beyond maxExpansion. It is inflated into
+    // the tail of the result's own storage and decoded from there into its head, so no
+    // second buffer of the block's size is ever needed.
+    const std::uint64_t blockMax = std::min(sizeof(Int) + codeBytes(count) + count * sizeof(Int), inflatedMax);
+    const std::uint64_t storage = std::max<std::uint64_t>(count, (blockMax + sizeof(Out) - 1) / sizeof(Out));
+    budget.charge(storage * sizeof(Out) + codeBytes(count));
+    std::vector<Out> out(static_cast<std::size_t>(storage));
+    const std::span<std::uint8_t> bytes(reinterpret_cast<std::uint8_t*>(out.data()), out.size() * sizeof(Out));
+    const std::span<std::uint8_t> inflateInto = bytes.last(static_cast<std::size_t>(blockMax));
+    const std::size_t inflated = Lz4Framing::decompress(framed, inflateInto);
+    if (inflated < sizeof(Int) + codeBytes(count)) throw CrateFormatError("compressed integers are shorter than their codes");
+    // The block must end where the storage ends (see decodeInPlace).
+    const std::span<std::uint8_t> block = bytes.last(inflated);
+    std::memmove(block.data(), inflateInto.data(), inflated);
+    const std::vector<std::uint8_t> codes(block.begin() + sizeof(Int), block.begin() + sizeof(Int) + codeBytes(count));
+    decodeInPlace<Int, Out>(block, codes, count, out.data());
+    out.resize(static_cast<std::size_t>(count));
     return out;
 }
 

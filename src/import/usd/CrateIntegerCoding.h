@@ -17,15 +17,11 @@ namespace orvanta::import::usd {
 
 class CrateIntegerCoding {
 public:
-    // Appends `count` integers decoded from an already decompressed block to `out`. Int is the
-    // coded type (std::int32_t, std::uint32_t, std::int64_t or std::uint64_t); each value is
-    // converted to Out as that type. Throws CrateFormatError when `encoded` is too short.
-    // Thread: any.
-    template <class Int, class Out>
-    static void decode(std::span<const std::uint8_t> encoded, std::uint64_t count, std::vector<Out>& out);
-
     // Reads one compressed block of `count` integers at the cursor (uint64 size, LZ4 blob),
-    // charging the working memory and the result to `budget`. Thread: any.
+    // charging the memory it takes to `budget`. Int is the coded type (std::int32_t,
+    // std::uint32_t or std::int64_t); each value is converted to Out as that type. Throws
+    // CrateFormatError when the block is broken or shorter than its codes say.
+    // Thread: any.
     template <class Int, class Out = Int>
     static std::vector<Out> read(CrateCursor& cursor, std::uint64_t count, CrateBudget& budget);
 };

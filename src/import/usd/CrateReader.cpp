@@ -4,6 +4,7 @@
 #include "import/usd/CrateBudget.h"
 #include "import/usd/CrateCursor.h"
 #include "import/usd/CrateIntegerCoding.h"
+#include "import/usd/CrateLazyArrays.h"
 #include "import/usd/CrateTables.h"
 #include "import/usd/CrateValueReader.h"
 #include "import/usd/Lz4Framing.h"
@@ -50,7 +51,10 @@ SpecType specType(std::uint32_t type) {
 // The structural sections of one crate file, read into tables, then turned into specs.
 class CrateStructure {
 public:
-    CrateStructure(Bytes file, CrateBudget& budget) : file_(file), budget_(budget) {}
+    // `store` holds the tables and budget the structure fills and charges; with `defer`, the
+    // layer's large arrays are left to it to decode later.
+    CrateStructure(std::shared_ptr<CrateLazyArrays> store, bool defer)
+        : file_(store->file()), budget_(store->budget()), tables_(store->tables()), store_(std::move(store)), defer_(defer) {}
 
     Layer read(std::string identifier);
 
@@ -71,7 +75,9 @@ private:
 
     Bytes file_;
     CrateBudget& budget_;
-    CrateTables tables_;
+    CrateTables& tables_;
+    std::shared_ptr<CrateLazyArrays> store_;
+    bool defer_;
     std::vector<std::pair<std::string, Bytes>> sections_;
     std::vector<Field> fields_;
     std::vector<std::uint32_t> fieldSets_;
@@ -244,7 +250,8 @@ Layer CrateStructure::readSpecs(std::string identifier) {
     Layer layer;
     layer.identifier = std::move(identifier);
     layer.specs.reserve(static_cast<std::size_t>(count));
-    CrateValueReader values(file_, tables_, budget_);
+    CrateValueReader values(file_, tables_, budget_,
+                            defer_ ? CrateValueReader::Storage::deferLargeArrays : CrateValueReader::Storage::copies, store_);
     for (std::size_t i = 0; i < paths.size(); ++i) {
         const std::string& path = tables_.path(static_cast<std::uint32_t>(paths[i]));
         auto [it, inserted] = layer.specs.try_emplace(path);
@@ -274,11 +281,11 @@ Layer CrateStructure::readSpecs(std::string identifier) {
 
 } // namespace
 
-core::Result<Layer> CrateReader::read(Bytes bytes, std::string identifier) {
+core::Result<Layer> CrateReader::read(Bytes bytes, std::string identifier, Arrays arrays) {
     const std::string name = identifier;
     try {
-        CrateBudget budget(budgetBase + budgetPerFileByte * bytes.size());
-        return CrateStructure(bytes, budget).read(std::move(identifier));
+        auto store = std::make_shared<CrateLazyArrays>(bytes, name, budgetBase + budgetPerFileByte * bytes.size());
+        return CrateStructure(std::move(store), arrays == Arrays::decodeWhenRead).read(std::move(identifier));
     } catch (const CrateFormatError& error) {
         return importError(error.code(), "USDC layer " + name + ": " + error.what());
     } catch (const std::bad_alloc&) {

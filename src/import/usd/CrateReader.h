@@ -22,12 +22,19 @@ namespace orvanta::import::usd {
 
 class CrateReader {
 public:
+    enum class Arrays {
+        decodeNow,        // every value is decoded before read returns
+        decodeWhenRead,   // large numeric arrays stay encoded as DeferredArrays; `bytes` must
+                          // outlive the layer
+    };
+
     // Reads the crate file in `bytes`; `identifier` names the layer in the result and in error
     // messages. Fails with unrecognisedFormat when the bytes are no crate file,
     // unsupportedFeature for a version outside 0.4.0-0.11.0, malformedData for broken or
     // truncated contents and limitExceeded when decoding would exceed the memory budget.
     // Values of types the kit does not use are kept as empty Values. Thread: any.
-    static core::Result<Layer> read(std::span<const std::uint8_t> bytes, std::string identifier);
+    static core::Result<Layer> read(std::span<const std::uint8_t> bytes, std::string identifier,
+                                    Arrays arrays = Arrays::decodeNow);
 };
 
 } // namespace orvanta::import::usd

@@ -43,7 +43,6 @@ enum CrateType : std::uint8_t {
 constexpr std::uint64_t arrayBit = 1ull << 63;
 constexpr std::uint64_t inlinedBit = 1ull << 62;
 constexpr std::uint64_t compressedBit = 1ull << 61;
-constexpr std::uint64_t payloadMask = (1ull << 48) - 1;
 // Shorter arrays are written plainly even when flagged compressed.
 constexpr std::uint64_t minCompressedArraySize = 16;
 // Dictionaries and time samples hold values; deeper nesting is refused.
@@ -160,18 +159,27 @@ Value CrateValueReader::unpack(std::uint64_t rep, int depth) {
     if (depth > maxDepth) throw CrateFormatError("values are nested too deeply");
     budget_.charge(valueCost);
     const auto type = static_cast<std::uint8_t>((rep >> 48) & 0xff);
-    const std::uint64_t payload = rep & payloadMask;
+    const std::uint64_t payload = rep & offsetMask;
     if (rep & arrayBit) {
         if (payload == 0) {  // an empty array: no data was written
             CrateCursor nothing(std::span<const std::uint8_t>{});
             return readArray(type, nothing, false);
         }
+        if (depth == 0 && storage_ == Storage::deferLargeArrays && worthDeferring(type, payload)) return Value{DeferredArray{deferTo_, rep}};
         CrateCursor at(file_, payload);
         return readArray(type, at, (rep & compressedBit) != 0);
     }
     if (rep & inlinedBit) return unpackInlined(type, payload);
     CrateCursor at(file_, payload);
     return readScalar(type, at, depth);
+}
+
+bool CrateValueReader::worthDeferring(std::uint8_t type, std::uint64_t offset) {
+    const Numeric numeric = Numeric::of(type);
+    if (numeric.component == Component::none) return false;
+    CrateCursor at(file_, offset);
+    const std::uint64_t count = readArrayCount(at);
+    return count >= minDeferredArrayBytes / numeric.elementSize();
 }
 
 Value CrateValueReader::unpackInlined(std::uint8_t type, std::uint64_t payload) {
@@ -372,6 +380,7 @@ Value CrateValueReader::numericValue(const Numeric& numeric, bool isArray, std::
     const std::size_t size = componentSize(numeric.component);
     switch (numeric.component) {
     case Component::f32: {
+        if (storage_ == Storage::viewFloats) return Value{FloatArray{numeric.width, {}, isArray, raw.first(n * sizeof(float))}};
         budget_.charge(n * sizeof(float));
         return Value{FloatArray{numeric.width, copyPlain<float>(raw, n), isArray}};
     }

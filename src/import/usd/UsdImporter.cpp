@@ -1,11 +1,13 @@
 #include "import/usd/UsdImporter.h"
 
 #include "import/ImportError.h"
+#include "import/usd/CrateFormatError.h"
 #include "import/usd/MappedFile.h"
 #include "import/usd/UsdSceneBuilder.h"
 #include "import/usd/UsdStage.h"
 
 #include <algorithm>
+#include <new>
 #include <string_view>
 
 namespace orvanta::import::usd {
@@ -41,9 +43,15 @@ core::Result<ImportedScene> UsdImporter::importBytes(std::span<const std::uint8_
         stage = UsdStage::openLayer(bytes, name);
     }
     if (!stage) return stage.error();
-    ImportedScene scene = UsdSceneBuilder::build(std::move(stage).value());
-    scene.format = std::move(format);
-    return scene;
+    try {
+        ImportedScene scene = UsdSceneBuilder::build(std::move(stage).value());
+        scene.format = std::move(format);
+        return scene;
+    } catch (const CrateFormatError& error) {  // a broken array, found when the scene read it
+        return importError(error.code(), error.what());
+    } catch (const std::bad_alloc&) {
+        return importError(ImportErrorCode::limitExceeded, name + ": out of memory");
+    }
 }
 
 } // namespace orvanta::import::usd

@@ -115,12 +115,9 @@ std::optional<std::span<const std::int32_t>> intsOf(const UsdStage::Prim& prim, 
     return ints->narrow(scratch);
 }
 
-// Calls `keep(k)` for each fan triangle (0, k, k + 1) of `face` (its point indices) whose
-// three points differ.
-template <class Keep> void forEachFanTriangle(std::span<const std::int32_t> face, Keep&& keep) {
-    for (std::size_t k = 1; k + 1 < face.size(); ++k) {
-        if (face[0] != face[k] && face[k] != face[k + 1] && face[0] != face[k + 1]) keep(k);
-    }
+// Whether every index of `face` names one of `pointCount` points.
+bool inRange(std::span<const std::int32_t> face, std::size_t pointCount) {
+    return std::all_of(face.begin(), face.end(), [&](std::int32_t i) { return i >= 0 && static_cast<std::size_t>(i) < pointCount; });
 }
 
 } // namespace
@@ -135,25 +132,46 @@ std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, cons
     if (points.size() == 0 || !counts || !indices) return std::nullopt;
     const std::size_t pointCount = points.size() / 3;
 
-    // The kept triangles of every face, so subsets and uniform streams can name faces by
-    // position. A face with fewer than three corners or an index outside `points` keeps none.
-    std::vector<std::uint32_t> faceTriangles;
-    faceTriangles.reserve(counts->size());
+    // The faces the counts describe, up to the first count that runs past the indices.
+    std::size_t faceCount = 0;
     std::size_t corners = 0;
-    std::size_t keptCorners = 0;  // corners of faces that keep a triangle
     for (std::int32_t count : *counts) {
         if (count < 0 || static_cast<std::uint64_t>(count) > indices->size() - corners) break;
-        const auto face = indices->subspan(corners, static_cast<std::size_t>(count));
-        corners += face.size();
-        const bool inRange = std::all_of(face.begin(), face.end(), [&](std::int32_t i) {
-            return i >= 0 && static_cast<std::size_t>(i) < pointCount;
-        });
-        std::uint32_t triangles = 0;
-        if (inRange) forEachFanTriangle(face, [&](std::size_t) { ++triangles; });
-        if (triangles > 0) keptCorners += face.size();
-        faceTriangles.push_back(triangles);
+        corners += static_cast<std::size_t>(count);
+        ++faceCount;
     }
-    const std::size_t faceCount = faceTriangles.size();
+
+    // Group the triangles: each subset in turn (the first subset naming a face takes it),
+    // then the faces left over. Each group's triangles are one range of mesh.indices.
+    std::vector<std::uint32_t> faceGroup;
+    if (!subsets.empty()) {
+        faceGroup.assign(faceCount, static_cast<std::uint32_t>(subsets.size()));
+        for (std::size_t s = subsets.size(); s-- > 0;) {
+            for (std::int32_t f : subsets[s].faces) {
+                if (f >= 0 && static_cast<std::size_t>(f) < faceCount) faceGroup[static_cast<std::size_t>(f)] = static_cast<std::uint32_t>(s);
+            }
+        }
+    }
+    // Locals rather than captures, so the loops below keep them in registers.
+    const std::size_t leftover = subsets.size();  // the group of faces no subset claims
+    const std::uint32_t* const groupData = faceGroup.empty() ? nullptr : faceGroup.data();
+    const std::int32_t* const countData = counts->data();
+    const std::int32_t* const indexData = indices->data();
+    // Room for every group's triangles if no face drops any, from the counts alone, so the
+    // indices are read once; what dropped faces leave unused is closed up at the end.
+    std::vector<std::size_t> groupStart(subsets.size() + 2, 0);
+    std::size_t leftoverRoom = 0;
+    std::size_t cornerRoom = 0;  // corners of faces that may keep a triangle
+    for (std::size_t f = 0; f < faceCount; ++f) {
+        const auto count = static_cast<std::size_t>(countData[f]);
+        if (count < 3) continue;
+        if (groupData) groupStart[groupData[f] + 1] += 3 * (count - 2);
+        else leftoverRoom += 3 * (count - 2);
+        cornerRoom += count;
+    }
+    groupStart[leftover + 1] += leftoverRoom;
+    for (std::size_t g = 1; g < groupStart.size(); ++g) groupStart[g] += groupStart[g - 1];
+    if (groupStart.back() == 0) return std::nullopt;
 
     const std::string normalsName = prim.property("primvars:normals") ? "primvars:normals" : "normals";
     const auto cornerPoints = indices->first(corners);
@@ -167,80 +185,74 @@ std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, cons
 
     ImportedMesh mesh;
     mesh.name = prim.name;
-    const std::size_t vertexCount = perCorner ? keptCorners : pointCount;
-    mesh.positions.reserve(vertexCount);
-    if (normals) mesh.normals.reserve(vertexCount);
-    if (texCoords) mesh.texCoords.reserve(vertexCount);
-    const auto addVertex = [&](std::size_t face, std::size_t corner, std::size_t point) {
-        mesh.positions.emplace_back(points[point * 3], points[point * 3 + 1], points[point * 3 + 2]);
+    const std::size_t vertexRoom = perCorner ? cornerRoom : pointCount;
+    mesh.positions.resize(vertexRoom);
+    if (normals) mesh.normals.resize(vertexRoom);
+    if (texCoords) mesh.texCoords.resize(vertexRoom);
+    mesh.indices.resize(groupStart.back());
+    const auto setVertex = [&](std::size_t v, std::size_t face, std::size_t corner, std::size_t point) {
+        mesh.positions[v] = QVector3D(points[point * 3], points[point * 3 + 1], points[point * 3 + 2]);
         if (normals) {
             const std::size_t e = normals->element(face, corner, point);
-            mesh.normals.emplace_back(normals->at(e, 0), normals->at(e, 1), normals->at(e, 2));
+            mesh.normals[v] = QVector3D(normals->at(e, 0), normals->at(e, 1), normals->at(e, 2));
         }
         if (texCoords) {
             const std::size_t e = texCoords->element(face, corner, point);
-            mesh.texCoords.emplace_back(texCoords->at(e, 0), texCoords->at(e, 1));
+            mesh.texCoords[v] = QVector2D(texCoords->at(e, 0), texCoords->at(e, 1));
         }
     };
+    // Per-point streams: keep the points and index them. A uniform stream is impossible
+    // here, so the face passed is never read.
     if (!perCorner) {
-        // Per-point streams: keep the points and index them. A uniform stream is impossible
-        // here, so the face passed is never read.
-        for (std::size_t p = 0; p < pointCount; ++p) addVertex(0, 0, p);
+        for (std::size_t p = 0; p < pointCount; ++p) setVertex(p, 0, 0, p);
     }
 
-    // Group the triangles: each subset in turn (the first subset naming a face takes it),
-    // then the faces left over. Each group's triangles are one range of mesh.indices.
-    std::vector<std::uint32_t> group;
-    if (!subsets.empty()) {
-        group.assign(faceCount, static_cast<std::uint32_t>(subsets.size()));
-        for (std::size_t s = subsets.size(); s-- > 0;) {
-            for (std::int32_t f : subsets[s].faces) {
-                if (f >= 0 && static_cast<std::size_t>(f) < faceCount) group[static_cast<std::size_t>(f)] = static_cast<std::uint32_t>(s);
-            }
-        }
-    }
-    const auto groupOf = [&](std::size_t f) { return group.empty() ? subsets.size() : group[f]; };
-    std::vector<std::size_t> groupEnd(subsets.size() + 1, 0);  // first the index count of each group
-    for (std::size_t f = 0; f < faceCount; ++f) groupEnd[groupOf(f)] += 3 * std::size_t{faceTriangles[f]};
-    std::size_t total = 0;
-    for (std::size_t& end : groupEnd) end = total += end;
-    if (total == 0) return std::nullopt;
-    for (std::size_t g = 0; g < groupEnd.size(); ++g) {
-        const std::size_t first = g == 0 ? 0 : groupEnd[g - 1];
-        if (groupEnd[g] == first) continue;
-        mesh.subsets.push_back({static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(groupEnd[g] - first),
-                                g < subsets.size() ? subsets[g].material : material});
-    }
-    // With one group, face order is group order: triangles are appended to a buffer reserved
-    // once, never zero-filled. Several groups are written at their cursors into a buffer
-    // sized once.
-    const bool inFaceOrder = mesh.subsets.size() == 1;
-    if (inFaceOrder) mesh.indices.reserve(total);
-    else mesh.indices.resize(total);
-
-    // Write each face's triangles at its group's cursor, in vertex indices of `mesh`. A face
-    // left with no triangle adds no vertices.
-    std::vector<std::size_t> groupCursor(groupEnd.size(), 0);
-    for (std::size_t g = 1; g < groupEnd.size(); ++g) groupCursor[g] = groupEnd[g - 1];
-    std::size_t first = 0;
-    for (std::size_t f = 0; f < faceCount; first += static_cast<std::size_t>((*counts)[f]), ++f) {
-        if (faceTriangles[f] == 0) continue;
-        const auto face = indices->subspan(first, static_cast<std::size_t>((*counts)[f]));
-        const std::size_t base = mesh.positions.size();
-        const auto vertex = [&](std::size_t k) {
+    // Write each face's kept triangles at its group's cursor, in vertex indices of `mesh`;
+    // with per-corner vertices, a face that keeps a triangle adds its corners.
+    std::vector<std::size_t> groupCursor(groupStart.begin(), groupStart.end() - 1);
+    std::uint32_t* const out = mesh.indices.data();
+    std::size_t vertexCount = perCorner ? 0 : pointCount;
+    for (std::size_t f = 0, first = 0; f < faceCount; ++f) {
+        const auto count = static_cast<std::size_t>(countData[f]);
+        const std::span<const std::int32_t> face(indexData + first, count);
+        const std::size_t faceFirst = first;
+        first += count;
+        if (count < 3 || !inRange(face, pointCount)) continue;
+        // Fan triangles (0, k, k + 1), leaving out those that repeat a point.
+        const std::size_t group = groupData ? groupData[f] : leftover;
+        std::size_t cursor = groupCursor[group];
+        const std::size_t before = cursor;
+        const auto vertex = [perCorner, base = vertexCount, face](std::size_t k) {
             return static_cast<std::uint32_t>(perCorner ? base + k : static_cast<std::size_t>(face[k]));
         };
-        if (perCorner) {
-            for (std::size_t k = 0; k < face.size(); ++k) addVertex(f, first + k, static_cast<std::size_t>(face[k]));
-        }
-        std::size_t& cursor = groupCursor[groupOf(f)];
-        forEachFanTriangle(face, [&](std::size_t k) {
-            const std::uint32_t triangle[3] = {vertex(0), vertex(leftHanded ? k + 1 : k), vertex(leftHanded ? k : k + 1)};
-            if (inFaceOrder) mesh.indices.insert(mesh.indices.end(), std::begin(triangle), std::end(triangle));
-            else std::copy(std::begin(triangle), std::end(triangle), mesh.indices.begin() + static_cast<std::ptrdiff_t>(cursor));
+        for (std::size_t k = 1; k + 1 < count; ++k) {
+            if (face[0] == face[k] || face[k] == face[k + 1] || face[0] == face[k + 1]) continue;
+            out[cursor] = vertex(0);
+            out[cursor + 1] = vertex(leftHanded ? k + 1 : k);
+            out[cursor + 2] = vertex(leftHanded ? k : k + 1);
             cursor += 3;
-        });
+        }
+        groupCursor[group] = cursor;
+        if (perCorner && cursor != before) {
+            for (std::size_t k = 0; k < count; ++k) setVertex(vertexCount++, f, faceFirst + k, static_cast<std::size_t>(face[k]));
+        }
     }
+
+    // Close up the room dropped faces left, group by group, and name each group's range.
+    std::size_t end = 0;
+    for (std::size_t g = 0; g + 1 < groupStart.size(); ++g) {
+        const std::size_t written = groupCursor[g] - groupStart[g];
+        if (written == 0) continue;
+        if (end != groupStart[g]) std::copy(out + groupStart[g], out + groupCursor[g], out + end);
+        mesh.subsets.push_back({static_cast<std::uint32_t>(end), static_cast<std::uint32_t>(written),
+                                g < subsets.size() ? subsets[g].material : material});
+        end += written;
+    }
+    if (end == 0) return std::nullopt;
+    mesh.indices.resize(end);
+    mesh.positions.resize(vertexCount);
+    if (normals) mesh.normals.resize(vertexCount);
+    if (texCoords) mesh.texCoords.resize(vertexCount);
     return mesh;
 }
 

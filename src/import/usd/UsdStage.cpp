@@ -1,6 +1,7 @@
 #include "import/usd/UsdStage.h"
 
 #include "import/ImportError.h"
+#include "import/usd/CrateLazyArrays.h"
 #include "import/usd/UsdStagePath.h"
 #include "import/usd/UsdStageValue.h"
 
@@ -9,16 +10,32 @@
 
 namespace orvanta::import::usd {
 
+namespace {
+
+// The field `name` of `spec`, with a deferred crate array decoded in place first. The stage
+// owns its layers through layers_; opinions only view their specs as const so that reading
+// cannot change them otherwise.
+const Value* decodedField(const Spec& spec, const std::string& name) {
+    const Value* value = spec.field(name);
+    if (const auto* deferred = value ? value->get<DeferredArray>() : nullptr) {
+        Value decoded = deferred->source->decode(*deferred);
+        *const_cast<Value*>(value) = std::move(decoded);
+    }
+    return value;
+}
+
+} // namespace
+
 const Value* UsdStage::Property::field(const std::string& name) const {
     for (const Opinion& opinion : opinions) {
-        if (const Value* value = opinion.spec->field(name)) return value;
+        if (const Value* value = decodedField(*opinion.spec, name)) return value;
     }
     return nullptr;
 }
 
 const Value* UsdStage::Property::value(int* layer) const {
     for (const Opinion& opinion : opinions) {
-        if (const Value* value = opinion.spec->field("default")) {
+        if (const Value* value = decodedField(*opinion.spec, "default")) {
             if (layer) *layer = opinion.layer;
             return value->empty() ? nullptr : value;
         }
@@ -37,7 +54,7 @@ const Value* UsdStage::Property::value(int* layer) const {
 
 const Value* UsdStage::Prim::field(const std::string& name) const {
     for (const Opinion& opinion : opinions) {
-        if (const Value* value = opinion.spec->field(name)) return value;
+        if (const Value* value = decodedField(*opinion.spec, name)) return value;
     }
     return nullptr;
 }
@@ -302,14 +319,13 @@ void UsdStage::releaseArrays(int index) {
             const auto readers = propertyReaders_.find(opinion.spec);
             if (readers == propertyReaders_.end() || --readers->second > 0) continue;
             propertyReaders_.erase(readers);
-            // The stage owns its layers through layers_; opinions only view their specs as
-            // const so that reading cannot change them.
+            // Owned by the stage, as in decodedField.
             auto& fields = const_cast<Spec*>(opinion.spec)->fields;
             const auto value = fields.find("default");
             if (value == fields.end()) continue;
             const auto& data = value->second.data;
             if (std::holds_alternative<IntArray>(data) || std::holds_alternative<FloatArray>(data) ||
-                std::holds_alternative<DoubleArray>(data))
+                std::holds_alternative<DoubleArray>(data) || std::holds_alternative<DeferredArray>(data))
                 value->second = Value{};
         }
     }

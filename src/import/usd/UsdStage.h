@@ -11,8 +11,10 @@
 // rewritten to the stage path of the referencing prim. A reference back to a site already
 // being expanded is refused as a cycle; arc depth, namespace depth, site and prim counts are
 // capped. Unresolvable references are left out, as USD does.
-// Once a prim's output is built, releaseArrays frees the numeric arrays its properties hold,
-// so decoded layer data and the output never coexist in full.
+// A crate layer's large arrays stay encoded until a property's value is first read, and once
+// a prim's output is built, releaseArrays frees the numeric arrays its properties hold, so a
+// large layer is never decoded whole and never beside the whole output. Reading a value that
+// turns out to be broken throws CrateFormatError.
 // Thread: build on any thread; a built stage is read from one thread.
 
 #include "core/Result.h"
@@ -77,8 +79,8 @@ public:
     // Thread: any.
     static core::Result<UsdStage> openPackage(std::span<const std::uint8_t> bytes, std::shared_ptr<const void> owner,
                                               const std::string& name);
-    // Composes the stage of the USDA or USDC layer in `bytes`; references resolve relative
-    // to the folder of `diskPath`. Thread: any.
+    // Composes the stage of the USDA or USDC layer in `bytes`, which must outlive the stage;
+    // references resolve relative to the folder of `diskPath`. Thread: any.
     static core::Result<UsdStage> openLayer(std::span<const std::uint8_t> bytes, const std::string& diskPath);
 
     // prims()[0] is the pseudo-root "/". Thread: the reader's.

@@ -24,7 +24,8 @@ bool isPackage(std::span<const std::uint8_t> bytes) { return startsWith(bytes, s
 core::Result<Layer> parseLayer(std::span<const std::uint8_t> bytes, const std::string& identifier) {
     if (startsWith(bytes, "#usda"))
         return UsdaParser::parse(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()), identifier);
-    if (startsWith(bytes, "PXR-USDC")) return CrateReader::read(bytes, identifier);
+    // The stage keeps the bytes alive, so large arrays can wait until the scene reads them.
+    if (startsWith(bytes, "PXR-USDC")) return CrateReader::read(bytes, identifier, CrateReader::Arrays::decodeWhenRead);
     return importError(ImportErrorCode::unrecognisedFormat, identifier + " is no USD layer");
 }
 

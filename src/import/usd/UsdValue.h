@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <span>
@@ -48,11 +49,23 @@ struct IntArray {
         return scratch;
     }
 };
+// Float components, either decoded into `values` or, for large plain arrays of a crate file
+// that outlives the value, read in place from `stored`: the file's little-endian float32
+// bytes, which may sit at any alignment.
 struct FloatArray {
     int width = 1;
-    std::vector<float> values;  // element i is values[i*width .. i*width+width)
+    std::vector<float> values;  // element i is components [i*width, i*width+width)
     bool isArray = true;
-    std::size_t size() const { return width > 0 ? values.size() / static_cast<std::size_t>(width) : 0; }
+    std::span<const std::uint8_t> stored = {};  // used instead of `values` when not empty
+
+    std::size_t componentCount() const { return stored.empty() ? values.size() : stored.size() / sizeof(float); }
+    float component(std::size_t k) const {
+        if (stored.empty()) return values[k];
+        float value;
+        std::memcpy(&value, stored.data() + k * sizeof(float), sizeof(float));
+        return value;
+    }
+    std::size_t size() const { return width > 0 ? componentCount() / static_cast<std::size_t>(width) : 0; }
 };
 struct DoubleArray {
     int width = 1;
@@ -72,6 +85,15 @@ struct Reference {                            // one item of "references" or "pa
 using ReferenceArray = std::vector<Reference>;
 using VariantSelection = std::map<std::string, std::string>;  // variant set -> chosen variant
 
+class CrateLazyArrays;
+// A large numeric array of a crate layer, still encoded in the file: `rep` is its value
+// representation in that layer, `source` decodes it. The stage replaces it by the decoded
+// array when the array is first read.
+struct DeferredArray {
+    std::shared_ptr<CrateLazyArrays> source;
+    std::uint64_t rep = 0;
+};
+
 struct Value;
 struct TimeSamples { std::vector<std::pair<double, std::shared_ptr<const Value>>> samples; };
 struct Dictionary { std::map<std::string, std::shared_ptr<const Value>> entries; };
@@ -80,7 +102,7 @@ struct Value {
     std::variant<std::monostate,  // a value the reader skips (unsupported type)
                  bool, std::string, Token, AssetPath, IntArray, FloatArray, DoubleArray,
                  TokenArray, StringArray, PathArray, ReferenceArray, VariantSelection,
-                 TimeSamples, Dictionary>
+                 TimeSamples, Dictionary, DeferredArray>
         data;
 
     template <class T> const T* get() const { return std::get_if<T>(&data); }
