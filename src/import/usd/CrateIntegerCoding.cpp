@@ -24,17 +24,36 @@ template <class T> T load(const std::uint8_t* at) {
 
 std::uint64_t codeBytes(std::uint64_t count) { return (count + 3) / 4; }
 
-// Decodes `count` values from `block` (the inflated blob, ending at the end of `out`'s
-// storage) into out[0, count). `codes` is a copy of the block's codes. Each value takes at
-// least as many bytes in `out` as its delta took in the block, so a value is written only
-// where the block has already been read.
+// Decodes `count` values from `block`, which lies inside `storage` (the result's own bytes,
+// room for count + 4 values), into the start of `storage`. `codes` is a copy of the block's
+// codes. A value must never be written over a delta not yet read: when the writes would
+// reach the unread deltas, those are moved to the end of `storage` once, from where every
+// delta lies at or past the place of its value (no delta is wider than its value).
 template <class Int, class Out>
-void decodeInPlace(std::span<const std::uint8_t> block, std::span<const std::uint8_t> codes, std::uint64_t count, Out* out) {
+void decodeInPlace(std::span<std::uint8_t> storage, std::span<const std::uint8_t> block, std::span<const std::uint8_t> codes,
+                   std::uint64_t count) {
     using Unsigned = std::make_unsigned_t<Int>;
     using D = Deltas<sizeof(Int)>;
+    Out* const out = reinterpret_cast<Out*>(storage.data());
     const auto common = load<Unsigned>(block.data());
     const std::uint8_t* deltas = block.data() + sizeof(Int) + codes.size();
-    const std::uint8_t* const end = block.data() + block.size();
+    const std::uint8_t* end = block.data() + block.size();
+    bool moved = false;
+    // Makes room for values [0, written) below the unread deltas.
+    const auto keepAhead = [&](std::uint64_t written) {
+        if (storage.data() + written * sizeof(Out) <= deltas) return;
+        if (!moved) {
+            const auto rest = static_cast<std::size_t>(end - deltas);
+            std::uint8_t* const to = storage.data() + storage.size() - rest;
+            std::memmove(to, deltas, rest);
+            deltas = to;
+            end = to + rest;
+            moved = true;
+        }
+        if (storage.data() + written * sizeof(Out) > deltas) {
+            throw CrateFormatError("compressed integers hold more bytes than their codes use");
+        }
+    };
     // Delta width by code; a delta is read as 8 bytes and sign-extended from its width by a
     // shift pair, so a group of four needs at most 3 * 8 + 8 bytes left to skip the per-value
     // checks. Code 0 reads a delta too and discards it, which keeps the loop free of
@@ -46,6 +65,7 @@ void decodeInPlace(std::span<const std::uint8_t> block, std::span<const std::uin
     Unsigned running = 0;
     std::uint64_t i = 0;
     for (; i + 4 <= count && static_cast<std::size_t>(end - deltas) >= groupReach; i += 4) {
+        keepAhead(i + 4);
         const unsigned byte = codes[i / 4];
         for (unsigned j = 0; j < 4; ++j) {
             const unsigned code = (byte >> (2 * j)) & 3u;
@@ -57,6 +77,7 @@ void decodeInPlace(std::span<const std::uint8_t> block, std::span<const std::uin
     }
     // The last values, near the end of the data: check each delta and read it exactly.
     for (; i < count; ++i) {
+        keepAhead(i + 1);
         const unsigned code = (codes[i / 4] >> (2 * (i % 4))) & 3u;
         if (static_cast<std::size_t>(end - deltas) < width[code]) {
             throw CrateFormatError("compressed integers end before their last delta");
@@ -88,18 +109,15 @@ std::vector<Out> CrateIntegerCoding::read(CrateCursor& cursor, std::uint64_t cou
     // the tail of the result's own storage and decoded from there into its head, so no
     // second buffer of the block's size is ever needed.
     const std::uint64_t blockMax = std::min(sizeof(Int) + codeBytes(count) + count * sizeof(Int), inflatedMax);
-    const std::uint64_t storage = std::max<std::uint64_t>(count, (blockMax + sizeof(Out) - 1) / sizeof(Out));
+    const std::uint64_t storage = std::max<std::uint64_t>(count + 4, (blockMax + sizeof(Out) - 1) / sizeof(Out));
     budget.charge(storage * sizeof(Out) + codeBytes(count));
     std::vector<Out> out(static_cast<std::size_t>(storage));
     const std::span<std::uint8_t> bytes(reinterpret_cast<std::uint8_t*>(out.data()), out.size() * sizeof(Out));
-    const std::span<std::uint8_t> inflateInto = bytes.last(static_cast<std::size_t>(blockMax));
-    const std::size_t inflated = Lz4Framing::decompress(framed, inflateInto);
+    const std::span<std::uint8_t> block = bytes.last(static_cast<std::size_t>(blockMax));
+    const std::size_t inflated = Lz4Framing::decompress(framed, block);
     if (inflated < sizeof(Int) + codeBytes(count)) throw CrateFormatError("compressed integers are shorter than their codes");
-    // The block must end where the storage ends (see decodeInPlace).
-    const std::span<std::uint8_t> block = bytes.last(inflated);
-    std::memmove(block.data(), inflateInto.data(), inflated);
-    const std::vector<std::uint8_t> codes(block.begin() + sizeof(Int), block.begin() + sizeof(Int) + codeBytes(count));
-    decodeInPlace<Int, Out>(block, codes, count, out.data());
+    const std::vector<std::uint8_t> codes(block.begin() + sizeof(Int), block.begin() + static_cast<std::ptrdiff_t>(sizeof(Int) + codeBytes(count)));
+    decodeInPlace<Int, Out>(bytes, block.first(inflated), codes, count);
     out.resize(static_cast<std::size_t>(count));
     return out;
 }

@@ -115,9 +115,25 @@ std::optional<std::span<const std::int32_t>> intsOf(const UsdStage::Prim& prim, 
     return ints->narrow(scratch);
 }
 
-// Whether every index of `face` names one of `pointCount` points.
-bool inRange(std::span<const std::int32_t> face, std::size_t pointCount) {
-    return std::all_of(face.begin(), face.end(), [&](std::int32_t i) { return i >= 0 && static_cast<std::size_t>(i) < pointCount; });
+// Whether every index of `face` is below `indexable`, at most 2^31: seen as unsigned, a
+// negative index is past them all.
+inline bool inRange(std::span<const std::int32_t> face, std::size_t indexable) {
+    return std::all_of(face.begin(), face.end(), [indexable](std::int32_t i) { return static_cast<std::uint32_t>(i) < indexable; });
+}
+
+// Writes the fan triangles (0, k, k + 1) of `face` that name three different points to
+// `out`, as vertex(k) indices, reversed when `leftHanded`; returns how many indices it wrote.
+template <class Vertex>
+std::size_t writeFanTriangles(std::span<const std::int32_t> face, bool leftHanded, std::uint32_t* out, Vertex&& vertex) {
+    std::size_t written = 0;
+    for (std::size_t k = 1; k + 1 < face.size(); ++k) {
+        if (face[0] == face[k] || face[k] == face[k + 1] || face[0] == face[k + 1]) continue;
+        out[written] = vertex(0);
+        out[written + 1] = vertex(leftHanded ? k + 1 : k);
+        out[written + 2] = vertex(leftHanded ? k : k + 1);
+        written += 3;
+    }
+    return written;
 }
 
 } // namespace
@@ -131,6 +147,7 @@ std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, cons
     const auto indices = intsOf(prim, "faceVertexIndices", indexScratch);
     if (points.size() == 0 || !counts || !indices) return std::nullopt;
     const std::size_t pointCount = points.size() / 3;
+    const std::size_t indexable = std::min<std::size_t>(pointCount, std::size_t{1} << 31);  // by an int32 index
 
     // The faces the counts describe, up to the first count that runs past the indices.
     std::size_t faceCount = 0;
@@ -208,34 +225,35 @@ std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, cons
     }
 
     // Write each face's kept triangles at its group's cursor, in vertex indices of `mesh`;
-    // with per-corner vertices, a face that keeps a triangle adds its corners.
+    // with per-corner vertices, a face that keeps a triangle adds its corners. The two cases
+    // run as separate loops so the common per-point one stays small.
     std::vector<std::size_t> groupCursor(groupStart.begin(), groupStart.end() - 1);
     std::uint32_t* const out = mesh.indices.data();
-    std::size_t vertexCount = perCorner ? 0 : pointCount;
-    for (std::size_t f = 0, first = 0; f < faceCount; ++f) {
-        const auto count = static_cast<std::size_t>(countData[f]);
-        const std::span<const std::int32_t> face(indexData + first, count);
-        const std::size_t faceFirst = first;
-        first += count;
-        if (count < 3 || !inRange(face, pointCount)) continue;
-        // Fan triangles (0, k, k + 1), leaving out those that repeat a point.
-        const std::size_t group = groupData ? groupData[f] : leftover;
-        std::size_t cursor = groupCursor[group];
-        const std::size_t before = cursor;
-        const auto vertex = [perCorner, base = vertexCount, face](std::size_t k) {
-            return static_cast<std::uint32_t>(perCorner ? base + k : static_cast<std::size_t>(face[k]));
-        };
-        for (std::size_t k = 1; k + 1 < count; ++k) {
-            if (face[0] == face[k] || face[k] == face[k + 1] || face[0] == face[k + 1]) continue;
-            out[cursor] = vertex(0);
-            out[cursor + 1] = vertex(leftHanded ? k + 1 : k);
-            out[cursor + 2] = vertex(leftHanded ? k : k + 1);
-            cursor += 3;
+    const auto eachUsableFace = [&](auto&& visit) {  // three corners or more, all in range
+        for (std::size_t f = 0, first = 0; f < faceCount; ++f) {
+            const auto count = static_cast<std::size_t>(countData[f]);
+            const std::span<const std::int32_t> face(indexData + first, count);
+            if (count >= 3 && inRange(face, indexable)) visit(f, first, face, groupCursor[groupData ? groupData[f] : leftover]);
+            first += count;
         }
-        groupCursor[group] = cursor;
-        if (perCorner && cursor != before) {
-            for (std::size_t k = 0; k < count; ++k) setVertex(vertexCount++, f, faceFirst + k, static_cast<std::size_t>(face[k]));
-        }
+    };
+    std::size_t vertexCount = pointCount;
+    if (perCorner) {
+        vertexCount = 0;
+        eachUsableFace([&](std::size_t f, std::size_t first, std::span<const std::int32_t> face, std::size_t& cursor) {
+            const std::size_t written = writeFanTriangles(face, leftHanded, out + cursor, [base = vertexCount](std::size_t k) {
+                return static_cast<std::uint32_t>(base + k);
+            });
+            cursor += written;
+            if (written == 0) return;
+            for (std::size_t k = 0; k < face.size(); ++k) setVertex(vertexCount++, f, first + k, static_cast<std::size_t>(face[k]));
+        });
+    } else {
+        eachUsableFace([&](std::size_t, std::size_t, std::span<const std::int32_t> face, std::size_t& cursor) {
+            cursor += writeFanTriangles(face, leftHanded, out + cursor, [face](std::size_t k) {
+                return static_cast<std::uint32_t>(face[k]);
+            });
+        });
     }
 
     // Close up the room dropped faces left, group by group, and name each group's range.
