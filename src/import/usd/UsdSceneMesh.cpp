@@ -250,6 +250,16 @@ std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, cons
         });
     } else {
         eachUsableFace([&](std::size_t, std::size_t, std::span<const std::int32_t> face, std::size_t& cursor) {
+            if (face.size() == 3) {  // most meshes are all triangles: no fan to walk
+                const auto a = static_cast<std::uint32_t>(face[0]), b = static_cast<std::uint32_t>(face[1]),
+                           c = static_cast<std::uint32_t>(face[2]);
+                if (a == b || b == c || a == c) return;
+                out[cursor] = a;
+                out[cursor + 1] = leftHanded ? c : b;
+                out[cursor + 2] = leftHanded ? b : c;
+                cursor += 3;
+                return;
+            }
             cursor += writeFanTriangles(face, leftHanded, out + cursor, [face](std::size_t k) {
                 return static_cast<std::uint32_t>(face[k]);
             });
