@@ -12,7 +12,7 @@
 // screen must not see its state change while it lays out.
 // Thread: every method on the main thread.
 
-#include "ar/Binding.h"
+#include "core/Binding.h"
 #include "ar/TrackingStateEnum.h"
 #include "arsession/ARWorldTrackingConfiguration.h"
 #include "arsession/SessionBackend.h"

@@ -125,6 +125,10 @@ void FocusIndicator::entityOffPlane(const arsession::ARRaycastResult& raycastRes
 
 void FocusIndicator::displayOffPlane(const arsession::ARRaycastResult& raycastResult) {
     stateChangedSetup();
+    // Ease towards the hit's surface: one step of the turn, which leaves the turn running
+    // while the square is still short of it, so the alignment step below goes on easing
+    // instead of setting the rotation at once.
+    performAlignmentAnimation(alignmentTarget(raycastResult));
     updateTransform(raycastResult);
 }
 

@@ -174,6 +174,9 @@ private:
     void entityOffPlane(const arsession::ARRaycastResult& raycastResult);
     void displayOffPlane(const arsession::ARRaycastResult& raycastResult);
     void putInFrontOfCamera();
+    // The rotation that lays the square on the surface of `raycastResult`, turned towards the
+    // camera without tilting (see squareRotation in FocusMath.h).
+    QQuaternion alignmentTarget(const arsession::ARRaycastResult& raycastResult) const;
     void stateChangedSetup(bool newPlane = false);
     void setCurrentPlaneAnchor(const arsession::ARPlaneAnchor& planeAnchor);
     float scaleBasedOnDistance(const QMatrix4x4& cameraTransform) const;

@@ -6,21 +6,9 @@
 
 namespace orvanta::focus {
 
-namespace {
-FocusIndicator::PlaneAlignment alignmentOf(const arsession::ARRaycastResult& hit) {
-    if (hit.anchor) return hit.anchor->alignment;
-    return hit.targetAlignment == arsession::ARRaycastQuery::TargetAlignment::vertical
-               ? FocusIndicator::PlaneAlignment::vertical
-               : FocusIndicator::PlaneAlignment::horizontal;
-}
-} // namespace
-
 void FocusIndicator::updateAlignment(const arsession::ARRaycastResult& raycastResult) {
     const PlaneAlignment alignment = alignmentOf(raycastResult);
-    const auto view = arView_.lock();
-    const float cameraYaw = view ? yaw(focus::orientation(view->cameraTransform())) : 0.0f;
-    const QQuaternion target = squareRotation(focus::orientation(raycastResult.worldTransform), alignment, cameraYaw,
-                                              squareYaw(orientation()));
+    const QQuaternion target = alignmentTarget(raycastResult);
 
     const bool accepted = recentAlignments_.record(alignment);
     if (accepted && currentAlignment_ != alignment) {
@@ -32,6 +20,13 @@ void FocusIndicator::updateAlignment(const arsession::ARRaycastResult& raycastRe
     } else {
         setOrientation(target);
     }
+}
+
+QQuaternion FocusIndicator::alignmentTarget(const arsession::ARRaycastResult& raycastResult) const {
+    const auto view = arView_.lock();
+    const float cameraYaw = view ? yaw(focus::orientation(view->cameraTransform())) : 0.0f;
+    return squareRotation(focus::orientation(raycastResult.worldTransform), alignmentOf(raycastResult), cameraYaw,
+                          squareYaw(orientation()));
 }
 
 void FocusIndicator::performAlignmentAnimation(const QQuaternion& target) {

@@ -74,4 +74,11 @@ QQuaternion squareRotation(const QQuaternion& hitRotation, arsession::ARPlaneAnc
     return (surface * aboutX(-kQuarterTurn)).normalized();
 }
 
+arsession::ARPlaneAnchor::Alignment alignmentOf(const arsession::ARRaycastResult& hit) {
+    if (hit.anchor) return hit.anchor->alignment;
+    return hit.targetAlignment == arsession::ARRaycastQuery::TargetAlignment::vertical
+               ? arsession::ARPlaneAnchor::Alignment::vertical
+               : arsession::ARPlaneAnchor::Alignment::horizontal;
+}
+
 } // namespace orvanta::focus

@@ -4,6 +4,7 @@
 // Thread: pure functions; any thread. None of them allocates.
 
 #include "arsession/ARPlaneAnchor.h"
+#include "arsession/ARRaycastResult.h"
 
 #include <QQuaternion>
 #include <QVector3D>
@@ -49,6 +50,10 @@ QQuaternion halfTurnFlipped(const QQuaternion& rotation);
 // Zero for the identity; positive for a turn to the left. A forward axis pointing straight
 // up or down has no yaw and yields 0.
 float yaw(const QQuaternion& rotation);
+
+// The alignment of the surface `hit` lies on: its plane anchor's when it has one, else the
+// alignment the ray cast was aimed at (horizontal unless vertical).
+arsession::ARPlaneAnchor::Alignment alignmentOf(const arsession::ARRaycastResult& hit);
 
 // The focus indicator's square lies in its local x–y plane and faces its +z axis (its child
 // carrying the square is turned a quarter turn about x); the square's top edge points along +y.

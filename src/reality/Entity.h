@@ -19,6 +19,7 @@
 #include <QQuaternion>
 #include <QVector3D>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -81,7 +82,12 @@ public:
 
     // --- components
     const std::optional<ModelComponent>& model() const { return model_; }
-    void setModel(std::optional<ModelComponent> model) { model_ = std::move(model); }
+    void setModel(std::optional<ModelComponent> model) {
+        model_ = std::move(model);
+        ++modelRevision_;
+    }
+    // Counts the model changes, so that a renderer sees a new model without comparing it.
+    std::uint64_t modelRevision() const { return modelRevision_; }
     const std::optional<CollisionComponent>& collision() const { return collision_; }
     void setCollision(std::optional<CollisionComponent> collision) { collision_ = std::move(collision); }
     const std::optional<AnchoringComponent>& anchoring() const { return anchoring_; }
@@ -121,6 +127,7 @@ private:
     std::weak_ptr<Entity> parent_;
     std::vector<std::shared_ptr<Entity>> children_;
     std::optional<ModelComponent> model_;
+    std::uint64_t modelRevision_ = 0;
     std::optional<CollisionComponent> collision_;
     std::optional<AnchoringComponent> anchoring_;
     bool enabled_ = true;

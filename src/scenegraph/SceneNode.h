@@ -9,6 +9,7 @@
 #include <QMatrix4x4>
 #include <QVector3D>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -57,7 +58,12 @@ public:
     QMatrix4x4 worldTransform() const;
 
     const std::optional<SceneGeometry>& geometry() const { return geometry_; }
-    void setGeometry(std::optional<SceneGeometry> geometry) { geometry_ = std::move(geometry); }
+    void setGeometry(std::optional<SceneGeometry> geometry) {
+        geometry_ = std::move(geometry);
+        ++geometryRevision_;
+    }
+    // Counts the geometry changes, so that a renderer sees new geometry without comparing it.
+    std::uint64_t geometryRevision() const { return geometryRevision_; }
     const std::optional<SceneCamera>& camera() const { return camera_; }
     void setCamera(std::optional<SceneCamera> camera) { camera_ = camera; }
 
@@ -78,6 +84,7 @@ private:
     QVector3D eulerAngles_;
     QVector3D scale_{1.0f, 1.0f, 1.0f};
     std::optional<SceneGeometry> geometry_;
+    std::uint64_t geometryRevision_ = 0;
     std::optional<SceneCamera> camera_;
     std::weak_ptr<SceneNode> parent_;
     std::vector<std::shared_ptr<SceneNode>> children_;

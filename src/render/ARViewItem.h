@@ -1,0 +1,76 @@
+#pragma once
+// Shows an AR view: the camera picture (from its CameraFeed) behind the view's entity scene,
+// both drawn with the session camera's pose and field of view, so content stays fixed on
+// the table while the camera sways; the coaching overlay on top while it is active. Touches
+// and mouse drags on the item go to the view's gestures; its snapshots come from this item.
+//
+// Every session frame brings the Quick 3D scene in line with the entity scene (see
+// EntitySceneBridge): nothing is rebuilt per frame.
+// Thread: main thread.
+
+#include "arsession/ARCoachingOverlayView.h"
+#include "core/Cancellable.h"
+#include "reality/ARView.h"
+#include "render/CameraFeed.h"
+#include "render/EntitySceneBridge.h"
+
+#include <QQuickItem>
+
+#include <memory>
+
+class QQuick3DViewport;
+class QQuick3DPerspectiveCamera;
+
+namespace orvanta::render {
+
+class CoachingOverlayItem;
+
+class ARViewItem : public QQuickItem {
+    Q_OBJECT
+
+public:
+    explicit ARViewItem(QQuickItem* parent = nullptr);
+    ~ARViewItem() override;
+
+    // Shows `view` (null shows nothing) and installs this item as its snapshot renderer. The
+    // view takes this item's size as its frame size.
+    void setARView(std::shared_ptr<reality::ARView> view);
+    const std::shared_ptr<reality::ARView>& arView() const { return view_; }
+    // The overlay to draw while it is active; null draws none.
+    void setCoachingOverlay(std::shared_ptr<arsession::ARCoachingOverlayView> overlay);
+    // Replaces the camera picture (the simulated room by default).
+    void setCameraFeed(std::unique_ptr<CameraFeed> feed);
+
+    QQuick3DViewport* viewport() const { return viewport_; }
+    const EntitySceneBridge& bridge() const { return *bridge_; }
+    TextureCache& textures() { return resources_->textures(); }
+
+signals:
+    // After the Quick 3D scene has taken a session frame.
+    void frameSynced();
+
+protected:
+    void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void touchEvent(QTouchEvent* event) override;
+
+private:
+    void syncFrame();
+    void forward(reality::TouchEvent::Phase phase, std::vector<QPointF> points);
+
+    QQuickItem* background_;
+    QQuick3DViewport* viewport_;
+    QQuick3DPerspectiveCamera* camera_;
+    QQuick3DNode* world_;
+    CoachingOverlayItem* coaching_;
+    std::unique_ptr<RenderResources> resources_;
+    std::unique_ptr<EntitySceneBridge> bridge_;
+    std::unique_ptr<CameraFeed> feed_;
+    std::shared_ptr<reality::ARView> view_;
+    std::shared_ptr<arsession::ARCoachingOverlayView> overlay_;
+    core::Cancellable frames_;
+};
+
+} // namespace orvanta::render

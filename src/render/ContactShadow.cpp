@@ -1,0 +1,74 @@
+#include "render/ContactShadow.h"
+
+#include "reality/MeshResource.h"
+
+#include <QBuffer>
+#include <QImage>
+#include <QtQuick3D/private/qquick3dmodel_p.h>
+#include <QtQuick3D/private/qquick3dprincipledmaterial_p.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvanta::render {
+
+namespace {
+
+// How far the patch reaches past the footprint, as a factor of its size.
+constexpr float kSpread = 1.35f;
+// Height above the surface (the anchor's y = 0), in the anchor's space, that keeps the patch
+// clear of the surface's own depth.
+constexpr float kLift = 0.002f;
+
+// Black with an alpha that falls off smoothly from the centre to the edge.
+reality::Material shadowMaterial() {
+    static const import::ImportedTexture falloff = [] {
+        constexpr int size = 64;
+        QImage image(size, size, QImage::Format_RGBA8888);
+        for (int y = 0; y < size; ++y) {
+            for (int x = 0; x < size; ++x) {
+                const float dx = (x + 0.5f) / size * 2.0f - 1.0f, dy = (y + 0.5f) / size * 2.0f - 1.0f;
+                const float r = std::min(1.0f, std::sqrt(dx * dx + dy * dy));
+                const float alpha = 0.55f * (1.0f - r * r) * (1.0f - r * r);
+                image.setPixelColor(x, y, QColor::fromRgbF(0.0f, 0.0f, 0.0f, alpha));
+            }
+        }
+        QByteArray png;
+        QBuffer buffer(&png);
+        buffer.open(QIODevice::WriteOnly);
+        image.save(&buffer, "PNG");
+        return import::ImportedTexture{"contact-shadow", png, nullptr};
+    }();
+    reality::PhysicallyBasedMaterial material;
+    material.baseColorTint = Qt::black;
+    material.baseColorTexture = falloff;
+    material.roughness = 1.0f;
+    return material;
+}
+
+} // namespace
+
+ContactShadow::ContactShadow(RenderResources& resources, QQuick3DNode* anchorNode)
+    : quad_(resources, anchorNode, reality::MeshResource::generatePlane(1.0f, 1.0f)->sharedMesh(), {shadowMaterial()}) {
+    // Unlit and blended: the patch only darkens what lies under it.
+    auto materials = quad_.model()->materials();
+    if (auto* material = qobject_cast<QQuick3DPrincipledMaterial*>(materials.at(&materials, 0))) {
+        material->setLighting(QQuick3DPrincipledMaterial::NoLighting);
+        material->setAlphaMode(QQuick3DPrincipledMaterial::Blend);
+        material->setDepthDrawMode(QQuick3DMaterial::NeverDepthDraw);
+    }
+}
+
+void ContactShadow::follow(const reality::Entity& anchor) {
+    reality::BoundingBox footprint;
+    for (const auto& child : anchor.children()) footprint.add(child->visualBounds(true, &anchor));
+    QQuick3DModel* model = quad_.model();
+    model->setVisible(!footprint.isEmpty);
+    if (footprint.isEmpty) return;
+    const QVector3D centre = footprint.center();
+    const QVector3D size = footprint.extents() * kSpread;
+    model->setPosition(QVector3D(centre.x(), kLift, centre.z()));
+    model->setScale(QVector3D(size.x(), 1.0f, size.z()));
+}
+
+} // namespace orvanta::render

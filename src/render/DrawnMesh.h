@@ -1,0 +1,34 @@
+#pragma once
+// One mesh on screen: a Quick 3D model under a parent node, drawing the mesh's shared
+// geometry with one material per part, holding the geometry and textures it uses.
+// Thread: main thread.
+
+#include "reality/Material.h"
+#include "render/RenderResources.h"
+
+#include <memory>
+#include <vector>
+
+class QQuick3DModel;
+class QQuick3DNode;
+
+namespace orvanta::render {
+
+class DrawnMesh {
+public:
+    // `materials[i]` draws part i; parts without one draw plain white.
+    DrawnMesh(RenderResources& resources, QQuick3DNode* parent, const std::shared_ptr<const import::ImportedMesh>& mesh,
+              const std::vector<reality::Material>& materials);
+    ~DrawnMesh();
+    DrawnMesh(const DrawnMesh&) = delete;
+    DrawnMesh& operator=(const DrawnMesh&) = delete;
+
+    QQuick3DModel* model() const { return model_; }
+
+private:
+    RenderResources::GeometryHandle geometry_;
+    std::vector<TextureCache::Handle> textures_;
+    QQuick3DModel* model_;
+};
+
+} // namespace orvanta::render
