@@ -15,7 +15,7 @@ namespace orvanta::render {
 namespace {
 
 // How far the patch reaches past the footprint, as a factor of its size.
-constexpr float kSpread = 1.35f;
+constexpr float kSpread = 1.6f;
 // Height above the surface (the anchor's y = 0), in the anchor's space, that keeps the patch
 // clear of the surface's own depth.
 constexpr float kLift = 0.002f;
@@ -29,7 +29,7 @@ reality::Material shadowMaterial() {
             for (int x = 0; x < size; ++x) {
                 const float dx = (x + 0.5f) / size * 2.0f - 1.0f, dy = (y + 0.5f) / size * 2.0f - 1.0f;
                 const float r = std::min(1.0f, std::sqrt(dx * dx + dy * dy));
-                const float alpha = 0.55f * (1.0f - r * r) * (1.0f - r * r);
+                const float alpha = 0.75f * std::pow(1.0f - r * r, 1.5f);
                 image.setPixelColor(x, y, QColor::fromRgbF(0.0f, 0.0f, 0.0f, alpha));
             }
         }

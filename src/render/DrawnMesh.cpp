@@ -10,6 +10,9 @@ DrawnMesh::DrawnMesh(RenderResources& resources, QQuick3DNode* parent,
     : geometry_(resources.geometry(mesh)), model_(new QQuick3DModel()) {
     model_->setParentItem(parent);
     model_->setGeometry(geometry_.get());
+    // A flat mesh (a plane in its x–z plane, like the focus square's bars or a decal) often
+    // lies exactly on a surface; lifted a hair along its normal it does not flicker into it.
+    if (geometry_->boundsMax().y() == geometry_->boundsMin().y()) model_->setY(kFlatLift);
     model_->setCastsShadows(false);
     model_->setReceivesShadows(false);
     auto list = model_->materials();

@@ -16,6 +16,9 @@ namespace orvanta::render {
 
 class DrawnMesh {
 public:
+    // How far a flat mesh is lifted off the surface it lies on, in its own units.
+    static constexpr float kFlatLift = 0.002f;
+
     // `materials[i]` draws part i; parts without one draw plain white.
     DrawnMesh(RenderResources& resources, QQuick3DNode* parent, const std::shared_ptr<const import::ImportedMesh>& mesh,
               const std::vector<reality::Material>& materials);

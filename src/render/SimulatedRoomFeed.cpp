@@ -62,7 +62,7 @@ const import::ImportedTexture& SimulatedRoomFeed::woodTexture() {
                 const float u = float(x) / width, v = float(y) / height;
                 const float bend = 3.0f * noise(u * 4.0f, v * 6.0f) + 0.6f * noise(u * 30.0f, v * 40.0f);
                 const float rings = 0.5f + 0.5f * std::sin((v * 28.0f + bend) * 3.14159f);
-                const float t = std::clamp(0.65f * std::pow(rings, 3.0f) + 0.25f * noise(u * 80.0f, v * 8.0f), 0.0f, 1.0f);
+                const float t = std::clamp(0.4f * std::pow(rings, 3.0f) + 0.2f * noise(u * 80.0f, v * 8.0f), 0.0f, 1.0f);
                 image.setPixel(x, y, qRgb(int(light.red() + (dark.red() - light.red()) * t),
                                           int(light.green() + (dark.green() - light.green()) * t),
                                           int(light.blue() + (dark.blue() - light.blue()) * t)));

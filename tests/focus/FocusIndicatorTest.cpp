@@ -164,3 +164,18 @@ TEST_F(FocusIndicatorTest, FromStartToASquareLyingOnTheTable) {
     ASSERT_FALSE(delegate->updates.empty());
     EXPECT_TRUE(delegate->updates.front().second->isInitializing());
 }
+
+TEST_F(FocusIndicatorTest, OffAPlaneTheSquareEasesTowardsTheHitInsteadOfJumping) {
+    // Settle the square flat on an estimated horizontal surface, then show it facing the camera.
+    for (int i = 0; i < 200; ++i) indicator->setState(State::tracking(offPlaneHit({0, 0, -1}), std::nullopt));
+    const QQuaternion flat = indicator->orientation();
+    indicator->setState(State::initializing());
+    indicator->setOrientation(QQuaternion::fromAxisAndAngle(1, 0, 0, 90)); // standing up, like a billboard
+    const float before = QVector3D::dotProduct(squareNormal(*indicator), flat.rotatedVector(QVector3D(0, 0, 1)));
+
+    indicator->setState(State::tracking(offPlaneHit({0, 0, -1.01f}), std::nullopt));
+    const float after = QVector3D::dotProduct(squareNormal(*indicator), flat.rotatedVector(QVector3D(0, 0, 1)));
+    EXPECT_GT(after, before);   // it turned towards the surface…
+    EXPECT_LT(after, 0.999f);   // …without getting there in one frame
+    EXPECT_TRUE(indicator->isChangingAlignment());
+}

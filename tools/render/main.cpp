@@ -16,6 +16,7 @@
 #include "models/Reality3DViewItem.h"
 #include "reality/ModelEntity.h"
 #include "render/ARViewItem.h"
+#include "render/DrawnFrames.h"
 #include "render/GlSupport.h"
 #include "render/ItemSnapshotRenderer.h"
 #include "scenegraph/SceneNodeBuilder.h"
@@ -24,8 +25,6 @@
 #include <QGuiApplication>
 #include <QQuick3D>
 #include <QQuickWindow>
-#include <QTimer>
-#include <QtQuick3D/private/qquick3dviewport_p.h>
 
 #include <cstdio>
 #include <functional>
@@ -45,26 +44,6 @@ struct Options {
 int fail(const std::string& message) {
     std::fprintf(stderr, "orvanta-render: %s\n", message.c_str());
     return 1;
-}
-
-// Runs the event loop until `ready` holds after a drawn frame (checked after each frame),
-// then for two more frames so that what was ready is on screen. False after `seconds`.
-bool waitUntilDrawn(QQuickWindow& window, const std::function<bool()>& ready, double seconds) {
-    QEventLoop loop;
-    int framesAfterReady = -1;
-    bool drawn = false;
-    QObject::connect(&window, &QQuickWindow::frameSwapped, &loop, [&] {
-        if (framesAfterReady < 0 && ready()) framesAfterReady = 0;
-        if (framesAfterReady >= 0 && ++framesAfterReady > 2) {
-            drawn = true;
-            loop.quit();
-        }
-        window.update();
-    });
-    QTimer::singleShot(int(seconds * 1000), &loop, &QEventLoop::quit);
-    window.update();
-    loop.exec();
-    return drawn;
 }
 
 // A simulated world that finds the table within a fraction of a second, so a render does
@@ -131,12 +110,7 @@ int renderModel(const Options& options) {
         shown = item;
     }
 
-    if (!waitUntilDrawn(window, ready, 30.0)) return fail("the model did not appear within 30 s");
-    std::function<void(QQuick3DObject*, int)> dump = [&](QQuick3DObject* o, int d) {
-        std::fprintf(stderr, "%*s%s %s\n", d*2, "", o->metaObject()->className(), qPrintable(o->objectName()));
-        for (auto* c : o->childItems()) dump(c, d+1);
-    };
-    if (auto* a = qobject_cast<render::ARViewItem*>(shown)) { std::fprintf(stderr, "nodes %zu anchors %zu\n", a->bridge().nodeCount(), a->arView()->scene().anchors().size()); }
+    if (!render::DrawnFrames::waitUntil(window, ready, 30.0)) return fail("the model did not appear within 30 s");
     const auto image = render::ItemSnapshotRenderer(shown).grab(false);
     if (!image) return fail("the window could not be captured");
     if (!image->save(options.output, "PNG")) return fail("cannot write " + options.output.toStdString());

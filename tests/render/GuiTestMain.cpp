@@ -1,0 +1,20 @@
+// Entry of the rendering tests: a GUI application with OpenGL surfaces for Quick 3D, the
+// main queue served by its event loop, and a real background queue.
+#include "core/Dispatch.h"
+#include "core/EventLoopScheduler.h"
+
+#include <QGuiApplication>
+#include <QQuick3D>
+#include <gtest/gtest.h>
+
+int main(int argc, char** argv) {
+    QGuiApplication app(argc, argv);
+    QSurfaceFormat::setDefaultFormat(QQuick3D::idealSurfaceFormat());
+    testing::InitGoogleTest(&argc, argv);
+    orvanta::core::Dispatch::setMain(std::make_shared<orvanta::core::EventLoopScheduler>(&app));
+    orvanta::core::Dispatch::setBackground(orvanta::core::EventLoopScheduler::withWorkerThread("background"));
+    const int result = RUN_ALL_TESTS();
+    orvanta::core::Dispatch::setBackground(nullptr);
+    orvanta::core::Dispatch::setMain(nullptr);
+    return result;
+}

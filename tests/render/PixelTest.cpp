@@ -1,0 +1,212 @@
+// What the two views put on screen, checked by regions and colours rather than whole images.
+#include "ar/ARViewContainer.h"
+#include "ar/ARViewContainerCoordinator.h"
+#include "arsession/SimulatedWorld.h"
+#include "import/SceneImporter.h"
+#include "models/Reality3DViewItem.h"
+#include "reality/MeshResource.h"
+#include "reality/ModelEntity.h"
+#include "render/ARViewItem.h"
+#include "render/DrawnFrames.h"
+#include "render/GlSupport.h"
+#include "render/ItemSnapshotRenderer.h"
+#include "scenegraph/SceneNodeBuilder.h"
+#include "support/Corpus.h"
+
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QQuickWindow>
+
+#include <gtest/gtest.h>
+
+using namespace orvanta;
+
+namespace {
+
+constexpr QSize kViewSize(640, 480);
+
+#define SKIP_WITHOUT_GL()                                                                                             \
+    if (!render::GlSupport::canCreateContext()) GTEST_SKIP() << "no pixel test: " << render::GlSupport::unavailableReason()
+
+bool reddish(QRgb p) { return qRed(p) > 120 && qRed(p) > 2 * qGreen(p) && qRed(p) > 2 * qBlue(p); }
+bool amber(QRgb p) { return qRed(p) > 230 && qGreen(p) > 150 && qBlue(p) < 60; }
+bool woody(QRgb p) { return qRed(p) > qGreen(p) + 20 && qGreen(p) > qBlue(p) + 15 && qBlue(p) < 140; }
+
+struct Region {
+    int count = 0;
+    QPointF centroid;
+};
+
+Region find(const QImage& image, const std::function<bool(QRgb)>& match, QRect area = {}) {
+    if (area.isNull()) area = image.rect();
+    Region region;
+    double x = 0, y = 0;
+    for (int row = area.top(); row <= area.bottom(); ++row)
+        for (int col = area.left(); col <= area.right(); ++col)
+            if (match(image.pixel(col, row))) {
+                ++region.count;
+                x += col;
+                y += row;
+            }
+    if (region.count) region.centroid = QPointF(x / region.count, y / region.count);
+    return region;
+}
+
+// A red box `size` units wide resting on y = 0, as an imported scene.
+std::shared_ptr<const import::ImportedScene> redBox(float size) {
+    auto scene = std::make_shared<import::ImportedScene>();
+    import::ImportedMesh mesh = reality::MeshResource::generateBox(size, size * 0.5f, size)->mesh();
+    for (QVector3D& p : mesh.positions) p.setY(p.y() + size * 0.25f);
+    scene->meshes.push_back(std::move(mesh));
+    import::ImportedMaterial red;
+    red.baseColorFactor = QVector4D(0.8f, 0.02f, 0.02f, 1.0f);
+    scene->materials.push_back(red);
+    scene->meshes[0].subsets.front().material = 0;
+    import::ImportedNode root;
+    root.meshes = {0};
+    scene->nodes.push_back(root);
+    return scene;
+}
+
+// A window showing the 3D viewer with `scene`; the picture once it is on screen.
+struct ThreeDWindow {
+    QQuickWindow window;
+    Reality3DViewItem* item = new Reality3DViewItem(window.contentItem());
+    Binding<bool> loaded = Binding<bool>::cell(false);
+
+    explicit ThreeDWindow(const std::shared_ptr<const import::ImportedScene>& scene) {
+        window.resize(kViewSize);
+        item->setSize(kViewSize);
+        window.show();
+        item->setViewer(Reality3DView(
+            Binding<Reality3DView::SceneNodePtr>::cell(scenegraph::SceneNodeBuilder::build(scene).rootNode), loaded));
+    }
+    QImage picture() {
+        EXPECT_TRUE(render::DrawnFrames::waitUntil(
+            window, [&] { return loaded.get() && item->textures().pendingDecodes() == 0; }, 30.0));
+        return render::ItemSnapshotRenderer(item).grab(false).value_or(QImage()).convertToFormat(QImage::Format_RGB32);
+    }
+};
+
+// An AR window on a simulated room that finds its table at once; `model` (may be null) is
+// handed to the container as the screen does.
+struct ARWindow {
+    QQuickWindow window;
+    render::ARViewItem* item = new render::ARViewItem(window.contentItem());
+    Binding<std::shared_ptr<reality::ModelEntity>> model = Binding<std::shared_ptr<reality::ModelEntity>>::cell(nullptr);
+    Binding<bool> loaded = Binding<bool>::cell(false);
+    ARViewContainer container;
+    std::shared_ptr<ARViewContainer::Coordinator> coordinator;
+    std::shared_ptr<reality::ARView> view;
+
+    explicit ARWindow(float sway)
+        : container(model, loaded, Binding<std::shared_ptr<reality::ARView>>::cell(nullptr),
+                    Binding<std::optional<TrackingStateEnum>>::cell(std::nullopt), [sway] {
+                        arsession::SimulatedWorld::Script script;
+                        script.notAvailableFor = 0.0;
+                        script.initializingFor = 0.05;
+                        script.planeGrowthDuration = 0.1;
+                        script.swayAmplitude = sway;
+                        return std::make_unique<arsession::SimulatedWorld>(script);
+                    }) {
+        window.resize(kViewSize);
+        item->setSize(kViewSize);
+        window.show();
+        coordinator = container.makeCoordinator();
+        view = container.makeUIView({coordinator});
+        item->setARView(view);
+        item->setCoachingOverlay(coordinator->coachingOverlay);
+    }
+    void place(std::shared_ptr<reality::ModelEntity> entity) {
+        model.set(std::move(entity));
+        container.updateUIView(view, {coordinator});
+    }
+    QImage pictureWhen(const std::function<bool()>& ready) {
+        EXPECT_TRUE(render::DrawnFrames::waitUntil(window, ready, 30.0));
+        return render::ItemSnapshotRenderer(item).grab(false).value_or(QImage()).convertToFormat(QImage::Format_RGB32);
+    }
+    // Where the anchor of the placed model shows on screen now.
+    QPointF anchorOnScreen() const {
+        const auto anchor = model.get()->parent();
+        return *view->session()->currentFrame()->camera.projectPoint(anchor->position(nullptr), QSizeF(kViewSize));
+    }
+};
+
+} // namespace
+
+TEST(ThreeDViewerPixels, AModelShowsCentredAndFramedAlikeInCentimetresAndMetres) {
+    SKIP_WITHOUT_GL();
+    ThreeDWindow metres(redBox(0.3f));
+    const QImage inMetres = metres.picture();
+    ThreeDWindow centimetres(redBox(30.0f));
+    const QImage inCentimetres = centimetres.picture();
+
+    const Region a = find(inMetres, reddish), b = find(inCentimetres, reddish);
+    ASSERT_GT(a.count, kViewSize.width() * kViewSize.height() / 20) << "the model is missing or tiny";
+    EXPECT_LT(a.count, kViewSize.width() * kViewSize.height() * 3 / 4) << "the model overflows the view";
+    EXPECT_NEAR(a.centroid.x(), kViewSize.width() / 2.0, kViewSize.width() / 40.0);
+    EXPECT_NEAR(a.centroid.y(), kViewSize.height() / 2.0, kViewSize.height() / 10.0);
+    EXPECT_NEAR(double(b.count) / a.count, 1.0, 0.05);
+    EXPECT_NEAR(a.centroid.x(), b.centroid.x(), 2.0);
+    // The corners show the plain light background.
+    EXPECT_GT(qGray(inMetres.pixel(2, 2)), 225);
+}
+
+TEST(ThreeDViewerPixels, ATexturedCorpusModelShowsItsTexture) {
+    SKIP_WITHOUT_GL();
+    ORVANTA_CORPUS_FILE(path, "glb/Duck.glb");
+    auto imported = import::SceneImporter::importFile(path.string());
+    ASSERT_TRUE(imported);
+    ThreeDWindow viewer(std::make_shared<const import::ImportedScene>(std::move(imported).value()));
+    const QImage picture = viewer.picture();
+    // The duck's texture is yellow with an orange beak: untextured it would be white.
+    const Region yellow = find(picture, [](QRgb p) { return qRed(p) > 180 && qGreen(p) > 150 && qBlue(p) < 90; });
+    EXPECT_GT(yellow.count, kViewSize.width() * kViewSize.height() / 20);
+}
+
+TEST(ARViewPixels, TheSquareThenThePlacedDishStayOnTheTableWhileTheCameraSways) {
+    SKIP_WITHOUT_GL();
+    ARWindow ar(0.02f);
+    // Before placement: the table fills the lower middle and the amber square lies near the centre.
+    const QImage searching = ar.pictureWhen([&] {
+        const auto indicator = ar.coordinator->focusIndicator;
+        return indicator && indicator->onPlane() && !indicator->isOpen();
+    });
+    EXPECT_GT(find(searching, woody).count, kViewSize.width() * kViewSize.height() / 10) << "no table";
+    const QRect centre(kViewSize.width() / 4, kViewSize.height() / 4, kViewSize.width() / 2, kViewSize.height() / 2);
+    EXPECT_GT(find(searching, amber, centre).count, 20) << "no amber focus square near the centre";
+
+    auto dish = reality::ModelEntity::fromImportedScene(redBox(0.2f));
+    ar.place(dish);
+    const auto onTable = [&] { return ar.loaded.get() && dish->isActive(); };
+    const QImage placed = ar.pictureWhen(onTable);
+    EXPECT_EQ(find(placed, amber).count, 0) << "the square stays after placement";
+    const Region first = find(placed, reddish);
+    ASSERT_GT(first.count, 100);
+    // The dish sits where its anchor projects, frame after frame, while the camera sways.
+    const QPointF firstAnchor = ar.anchorOnScreen();
+    EXPECT_LT(QLineF(first.centroid, firstAnchor).length(), 15.0);
+    const double t0 = ar.view->session()->currentFrame()->timestamp;
+    const QImage later = ar.pictureWhen([&] { return ar.view->session()->currentFrame()->timestamp > t0 + 0.7; });
+    const Region second = find(later, reddish);
+    const QPointF secondAnchor = ar.anchorOnScreen();
+    EXPECT_LT(QLineF(second.centroid - first.centroid, secondAnchor - firstAnchor).length(), 3.0);
+}
+
+TEST(ARViewPixels, ADragOverThePlacedDishMovesIt) {
+    SKIP_WITHOUT_GL();
+    ARWindow ar(0.0f);
+    auto dish = reality::ModelEntity::fromImportedScene(redBox(0.2f));
+    ar.place(dish);
+    ar.pictureWhen([&] { return ar.loaded.get() && dish->isActive(); });
+    const QVector3D before = dish->position(nullptr);
+    QPointF at = ar.anchorOnScreen() - QPointF(0, 8);
+    const auto send = [&](QEvent::Type type, QPointF point, Qt::MouseButtons buttons) {
+        QMouseEvent event(type, point, ar.window.mapToGlobal(point), Qt::LeftButton, buttons, Qt::NoModifier);
+        QGuiApplication::sendEvent(&ar.window, &event);
+    };
+    send(QEvent::MouseButtonPress, at, Qt::LeftButton);
+    for (int i = 0; i < 10; ++i) send(QEvent::MouseMove, at += QPointF(4, 0), Qt::LeftButton);
+    send(QEvent::MouseButtonRelease, at, Qt::NoButton);
+    EXPECT_GT(dish->position(nullptr).distanceToPoint(before), 0.02f);
+}
