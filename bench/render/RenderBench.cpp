@@ -1,0 +1,208 @@
+// Frame times of the two views under the machine's OpenGL (Mesa's software renderer under
+// Xvfb on a machine without a GPU), the time from a newly delivered model to its first drawn
+// frame, and the AR view's snapshot time. A timed harness that prints medians:
+//   xvfb-run -a -s "-screen 0 1280x800x24" build/release/bench/bench_render [CORPUS_DIR]
+// Benchmark-library flags are accepted and ignored.
+
+#include "ar/ARViewContainer.h"
+#include "ar/ARViewContainerCoordinator.h"
+#include "arsession/SimulatedWorld.h"
+#include "core/Dispatch.h"
+#include "core/EventLoopScheduler.h"
+#include "import/SceneImporter.h"
+#include "models/Reality3DViewItem.h"
+#include "reality/ModelEntity.h"
+#include "render/ARViewItem.h"
+#include "render/DrawnFrames.h"
+#include "render/GlSupport.h"
+#include "render/ItemSnapshotRenderer.h"
+#include "scenegraph/SceneNodeBuilder.h"
+
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QGuiApplication>
+#include <QQuick3D>
+#include <QQuickWindow>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <vector>
+
+using namespace orvanta;
+
+namespace {
+
+const QSize kWindow(1280, 800);
+
+double median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    return values.empty() ? 0.0 : values[values.size() / 2];
+}
+
+// Median interval between swapped frames over `frames` frames, each one asked for at once
+// after `step` has changed what the view shows (so every frame is drawn anew).
+double medianFrameMs(QQuickWindow& window, int frames, const std::function<void()>& step = [] {}) {
+    std::vector<double> intervals;
+    QElapsedTimer clock;
+    QEventLoop loop;
+    const auto connection = QObject::connect(&window, &QQuickWindow::frameSwapped, &loop, [&] {
+        if (clock.isValid()) intervals.push_back(double(clock.nsecsElapsed()) / 1e6);
+        clock.restart();
+        if (int(intervals.size()) >= frames) loop.quit();
+        step();
+        window.update();
+    }, Qt::QueuedConnection);
+    window.update();
+    loop.exec();
+    QObject::disconnect(connection);
+    return median(intervals);
+}
+
+// A UV sphere of about `triangles` triangles, 0.2 m across, resting on y = 0.
+std::shared_ptr<const import::ImportedScene> sphere(int triangles) {
+    const int rings = int(std::sqrt(triangles / 2.0)), segments = rings;
+    auto scene = std::make_shared<import::ImportedScene>();
+    import::ImportedMesh mesh;
+    for (int r = 0; r <= rings; ++r) {
+        const float phi = float(M_PI) * r / rings;
+        for (int s = 0; s <= segments; ++s) {
+            const float theta = 2.0f * float(M_PI) * s / segments;
+            const QVector3D n(std::sin(phi) * std::cos(theta), std::cos(phi), std::sin(phi) * std::sin(theta));
+            mesh.positions.push_back(n * 0.1f + QVector3D(0, 0.1f, 0));
+            mesh.normals.push_back(n);
+            mesh.texCoords.emplace_back(float(s) / segments, float(r) / rings);
+        }
+    }
+    for (int r = 0; r < rings; ++r)
+        for (int s = 0; s < segments; ++s) {
+            const std::uint32_t a = r * (segments + 1) + s, b = a + segments + 1;
+            mesh.indices.insert(mesh.indices.end(), {a, a + 1, b, b, a + 1, b + 1});
+        }
+    mesh.subsets.push_back({0, std::uint32_t(mesh.indices.size()), -1});
+    scene->meshes.push_back(std::move(mesh));
+    import::ImportedNode root;
+    root.meshes = {0};
+    scene->nodes.push_back(root);
+    return scene;
+}
+
+struct Viewer3D {
+    QQuickWindow window;
+    Reality3DViewItem* item = new Reality3DViewItem(window.contentItem());
+    Binding<Reality3DView::SceneNodePtr> model = Binding<Reality3DView::SceneNodePtr>::cell(nullptr);
+    Binding<bool> loaded = Binding<bool>::cell(false);
+
+    Viewer3D() {
+        window.resize(kWindow);
+        item->setSize(kWindow);
+        window.show();
+        item->setViewer(Reality3DView(model, loaded));
+    }
+    // Turns the point of view a little, as a user's drag does.
+    void orbit() {
+        item->sceneView()->defaultPointOfView().orbit(0.01f, 0.0f);
+        item->sync();
+    }
+    // Milliseconds from handing over `scene` to the first frame that shows it.
+    double show(const std::shared_ptr<const import::ImportedScene>& scene) {
+        loaded.set(false);
+        QElapsedTimer clock;
+        clock.start();
+        model.set(scenegraph::SceneNodeBuilder::build(scene).rootNode);
+        item->bindingsChanged();
+        double shown = -1.0;
+        render::DrawnFrames::waitUntil(window, [&] {
+            const bool ready = loaded.get() && item->textures().pendingDecodes() == 0;
+            if (ready && shown < 0) shown = double(clock.nsecsElapsed()) / 1e6;
+            return ready;
+        }, 30.0);
+        return shown;
+    }
+};
+
+void benchThreeD(const std::vector<std::filesystem::path>& dishes) {
+    Viewer3D viewer;
+    const auto big = sphere(100000);
+    viewer.show(big); // warms the shader cache
+    std::vector<double> firstFrames;
+    for (const auto& path : dishes) {
+        auto imported = import::SceneImporter::importFile(path.string());
+        if (!imported) continue;
+        auto scene = std::make_shared<const import::ImportedScene>(std::move(imported).value());
+        firstFrames.push_back(viewer.show(scene));
+        std::printf("3D viewer  %-40s median frame %6.1f ms  (%zu triangles)\n", path.filename().c_str(),
+                    medianFrameMs(viewer.window, 60, [&] { viewer.orbit(); }), scene->triangleCount());
+    }
+    viewer.show(big);
+    std::printf("3D viewer  %-40s median frame %6.1f ms  (%zu triangles)\n", "generated sphere",
+                medianFrameMs(viewer.window, 60, [&] { viewer.orbit(); }), big->triangleCount());
+    std::printf("3D viewer  new model to its first drawn frame: median %.1f ms over %zu models\n",
+                median(firstFrames), firstFrames.size());
+}
+
+void benchAR(const std::filesystem::path& dish) {
+    QQuickWindow window;
+    window.resize(kWindow);
+    auto* item = new render::ARViewItem(window.contentItem());
+    item->setSize(kWindow);
+    window.show();
+    auto model = Binding<std::shared_ptr<reality::ModelEntity>>::cell(nullptr);
+    auto loaded = Binding<bool>::cell(false);
+    ARViewContainer container(model, loaded, Binding<std::shared_ptr<reality::ARView>>::cell(nullptr),
+                              Binding<std::optional<TrackingStateEnum>>::cell(std::nullopt));
+    auto coordinator = container.makeCoordinator();
+    auto view = container.makeUIView({coordinator});
+    item->setARView(view);
+    item->setCoachingOverlay(coordinator->coachingOverlay);
+    render::DrawnFrames::waitUntil(window, [&] { return coordinator->focusIndicator->onPlane(); }, 30.0);
+    std::printf("AR view    focus square on the table                  median frame %6.1f ms\n",
+                medianFrameMs(window, 120));
+
+    auto imported = import::SceneImporter::importFile(dish.string());
+    auto entity = imported ? reality::ModelEntity::fromImportedScene(
+                                 std::make_shared<const import::ImportedScene>(std::move(imported).value()))
+                           : reality::ModelEntity::fromImportedScene(sphere(20000));
+    model.set(entity);
+    container.updateUIView(view, {coordinator});
+    render::DrawnFrames::waitUntil(window, [&] { return loaded.get() && entity->isActive(); }, 30.0);
+    std::printf("AR view    placed %-35s median frame %6.1f ms\n", dish.filename().c_str(), medianFrameMs(window, 120));
+
+    std::vector<double> snapshots;
+    for (int i = 0; i < 20; ++i) {
+        QElapsedTimer clock;
+        clock.start();
+        QEventLoop loop;
+        view->snapshot(false, [&](std::optional<QImage>) { loop.quit(); });
+        loop.exec();
+        snapshots.push_back(double(clock.nsecsElapsed()) / 1e6);
+    }
+    std::printf("AR view    snapshot (%dx%d)                          median %6.1f ms\n", kWindow.width(),
+                kWindow.height(), median(snapshots));
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QGuiApplication app(argc, argv);
+    QSurfaceFormat::setDefaultFormat(QQuick3D::idealSurfaceFormat());
+    core::Dispatch::setMain(std::make_shared<core::EventLoopScheduler>(&app));
+    if (!render::GlSupport::canCreateContext()) {
+        std::printf("bench_render: skipped: %s\n", render::GlSupport::unavailableReason().c_str());
+        return 0;
+    }
+    std::filesystem::path corpus = ORVANTA_SOURCE_DIR "/../shared/corpus";
+    for (int i = 1; i < argc; ++i)
+        if (argv[i][0] != '-') corpus = argv[i];
+    std::vector<std::filesystem::path> dishes;
+    for (const char* file : {"glb/Duck.glb", "glb/Box.glb", "usda/UtahTeapot.usd", "usdz/USDLogo.usdz",
+                             "usdz/TextureTransformTest.usdz", "usdz/BoxAnimated.usdz",
+                             "gltf/CesiumMilkTruck/CesiumMilkTruck.gltf"})
+        if (std::filesystem::exists(corpus / file)) dishes.push_back(corpus / file);
+    benchThreeD(dishes);
+    benchAR(dishes.empty() ? std::filesystem::path("generated sphere") : dishes.front());
+    core::Dispatch::setMain(nullptr);
+    return 0;
+}
