@@ -52,20 +52,24 @@ Region find(const QImage& image, const std::function<bool(QRgb)>& match, QRect a
     return region;
 }
 
-// A red box `size` units wide resting on y = 0, as an imported scene.
-std::shared_ptr<const import::ImportedScene> redBox(float size) {
+// A box `size` units wide resting on y = 0 in `material`, as an imported scene.
+std::shared_ptr<const import::ImportedScene> box(float size, const import::ImportedMaterial& material) {
     auto scene = std::make_shared<import::ImportedScene>();
     import::ImportedMesh mesh = reality::MeshResource::generateBox(size, size * 0.5f, size)->mesh();
     for (QVector3D& p : mesh.positions) p.setY(p.y() + size * 0.25f);
     scene->meshes.push_back(std::move(mesh));
-    import::ImportedMaterial red;
-    red.baseColorFactor = QVector4D(0.8f, 0.02f, 0.02f, 1.0f);
-    scene->materials.push_back(red);
+    scene->materials.push_back(material);
     scene->meshes[0].subsets.front().material = 0;
     import::ImportedNode root;
     root.meshes = {0};
     scene->nodes.push_back(root);
     return scene;
+}
+
+std::shared_ptr<const import::ImportedScene> redBox(float size) {
+    import::ImportedMaterial red;
+    red.baseColorFactor = QVector4D(0.8f, 0.02f, 0.02f, 1.0f);
+    return box(size, red);
 }
 
 // A window showing the 3D viewer with `scene`; the picture once it is on screen.
@@ -152,6 +156,27 @@ TEST(ThreeDViewerPixels, AModelShowsCentredAndFramedAlikeInCentimetresAndMetres)
     EXPECT_GT(qGray(inMetres.pixel(2, 2)), 225);
 }
 
+TEST(ThreeDViewerPixels, EmissiveAndTransparentMaterialsShowAsSuch) {
+    SKIP_WITHOUT_GL();
+    import::ImportedMaterial glowing;
+    glowing.baseColorFactor = QVector4D(0, 0, 0, 1);
+    glowing.emissiveFactor = QVector3D(0, 1, 0);
+    ThreeDWindow emissive(box(0.3f, glowing));
+    const QImage lit = emissive.picture();
+    // Black by its base colour, yet bright green everywhere it shows, shade or not.
+    EXPECT_GT(find(lit, [](QRgb p) { return qGreen(p) > 200 && qRed(p) < 80 && qBlue(p) < 80; }).count,
+              kViewSize.width() * kViewSize.height() / 20);
+
+    import::ImportedMaterial glass;
+    glass.baseColorFactor = QVector4D(0, 0, 1, 1);
+    glass.opacity = 0.35f;
+    ThreeDWindow transparent(box(0.3f, glass));
+    const QImage seeThrough = transparent.picture();
+    // Blue over the light background: neither the background nor an opaque blue.
+    const Region tinted = find(seeThrough, [](QRgb p) { return qBlue(p) > qRed(p) + 15 && qRed(p) > 90 && qRed(p) < 235; });
+    EXPECT_GT(tinted.count, kViewSize.width() * kViewSize.height() / 20);
+}
+
 TEST(ThreeDViewerPixels, ATexturedCorpusModelShowsItsTexture) {
     SKIP_WITHOUT_GL();
     ORVANTA_CORPUS_FILE(path, "glb/Duck.glb");
@@ -191,6 +216,26 @@ TEST(ARViewPixels, TheSquareThenThePlacedDishStayOnTheTableWhileTheCameraSways) 
     const Region second = find(later, reddish);
     const QPointF secondAnchor = ar.anchorOnScreen();
     EXPECT_LT(QLineF(second.centroid - first.centroid, secondAnchor - firstAnchor).length(), 3.0);
+}
+
+TEST(ARViewPixels, SnapshotsHaveTheViewsSizeAndAnHDRSnapshotHoldsFloats) {
+    SKIP_WITHOUT_GL();
+    ARWindow ar(0.0f);
+    ar.pictureWhen([&] { return ar.coordinator->focusIndicator->onPlane(); });
+    for (const bool hdr : {false, true}) {
+        std::optional<QImage> image;
+        bool delivered = false;
+        ar.view->snapshot(hdr, [&](std::optional<QImage> result) {
+            image = std::move(result);
+            delivered = true;
+        });
+        EXPECT_FALSE(delivered) << "delivered before the next turn of the main queue";
+        render::DrawnFrames::waitUntil(ar.window, [&] { return delivered; }, 30.0);
+        ASSERT_TRUE(image);
+        EXPECT_EQ(image->size(), kViewSize * image->devicePixelRatio());
+        if (hdr && render::GlSupport::hasHalfFloatTargets()) EXPECT_EQ(image->format(), QImage::Format_RGBA16FPx4);
+        EXPECT_GT(find(image->convertToFormat(QImage::Format_RGB32), woody).count, kViewSize.width() * kViewSize.height() / 10);
+    }
 }
 
 TEST(ARViewPixels, ADragOverThePlacedDishMovesIt) {
