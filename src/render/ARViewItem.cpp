@@ -115,16 +115,20 @@ void ARViewItem::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void ARViewItem::touchEvent(QTouchEvent* event) {
-    reality::TouchEvent::Phase phase = reality::TouchEvent::Phase::moved;
-    switch (event->type()) {
-    case QEvent::TouchBegin: phase = reality::TouchEvent::Phase::began; break;
-    case QEvent::TouchEnd: phase = reality::TouchEvent::Phase::ended; break;
-    case QEvent::TouchCancel: phase = reality::TouchEvent::Phase::cancelled; break;
-    default: break;
-    }
+    // A finger that lands starts the gestures anew with every finger down; one that lifts
+    // ends them, listing the fingers left.
+    using Phase = reality::TouchEvent::Phase;
+    Phase phase = Phase::moved;
     std::vector<QPointF> points;
-    for (const QEventPoint& point : event->points())
-        if (point.state() != QEventPoint::Released) points.push_back(point.position());
+    for (const QEventPoint& point : event->points()) {
+        if (point.state() == QEventPoint::Pressed) phase = Phase::began;
+        if (point.state() == QEventPoint::Released) {
+            if (phase != Phase::began) phase = Phase::ended;
+        } else {
+            points.push_back(point.position());
+        }
+    }
+    if (event->type() == QEvent::TouchCancel) phase = Phase::cancelled;
     forward(phase, std::move(points));
     event->accept();
 }
