@@ -103,12 +103,12 @@ struct ARWindow {
     std::shared_ptr<ARViewContainer::Coordinator> coordinator;
     std::shared_ptr<reality::ARView> view;
 
-    explicit ARWindow(float sway)
+    explicit ARWindow(float sway, double initializing = 0.05)
         : container(model, loaded, Binding<std::shared_ptr<reality::ARView>>::cell(nullptr),
-                    Binding<std::optional<TrackingStateEnum>>::cell(std::nullopt), [sway] {
+                    Binding<std::optional<TrackingStateEnum>>::cell(std::nullopt), [sway, initializing] {
                         arsession::SimulatedWorld::Script script;
                         script.notAvailableFor = 0.0;
-                        script.initializingFor = 0.05;
+                        script.initializingFor = initializing;
                         script.planeGrowthDuration = 0.1;
                         script.swayAmplitude = sway;
                         return std::make_unique<arsession::SimulatedWorld>(script);
@@ -216,6 +216,19 @@ TEST(ARViewPixels, TheSquareThenThePlacedDishStayOnTheTableWhileTheCameraSways) 
     const Region second = find(later, reddish);
     const QPointF secondAnchor = ar.anchorOnScreen();
     EXPECT_LT(QLineF(second.centroid - first.centroid, secondAnchor - firstAnchor).length(), 3.0);
+}
+
+TEST(ARViewPixels, TheCoachingOverlayVeilsTheViewUntilThePlaneIsFound) {
+    SKIP_WITHOUT_GL();
+    ARWindow ar(0.0f, 1.0);
+    const auto overlay = ar.coordinator->coachingOverlay;
+    const QImage coaching = ar.pictureWhen([&] { return overlay->isActive(); });
+    const Region text = find(coaching, [](QRgb p) { return qGray(p) > 235; });
+    EXPECT_GT(text.count, 200) << "no guidance drawn";
+    const QImage found = ar.pictureWhen([&] { return !overlay->isActive(); });
+    EXPECT_EQ(find(found, [](QRgb p) { return qGray(p) > 235; }).count, 0);
+    // The veil darkens the room: the table is brighter once it lifts.
+    EXPECT_GT(find(found, woody).count, find(coaching, woody).count);
 }
 
 TEST(ARViewPixels, SnapshotsHaveTheViewsSizeAndAnHDRSnapshotHoldsFloats) {
