@@ -1,6 +1,6 @@
 // The focus square's per-frame cost against the simulated room, and its heap allocations in
 // a steady-state frame (which must be none).
-#include "focus/CountingAllocator.h"
+#include "support/CountingAllocator.h"
 
 #include "arsession/ARSession.h"
 #include "arsession/SimulatedWorld.h"
@@ -68,11 +68,11 @@ void BM_FocusIndicatorUpdate(benchmark::State& state) {
     std::uint64_t allocations = 0;
     for (auto _ : state) {
         room.frame();
-        const std::uint64_t before = bench::allocationCount();
+        const std::uint64_t before = testing::allocationCount();
         const auto start = std::chrono::steady_clock::now();
         room.indicator->updateFocusIndicator(nullptr);
         const auto end = std::chrono::steady_clock::now();
-        allocations += bench::allocationCount() - before;
+        allocations += testing::allocationCount() - before;
         state.SetIterationTime(std::chrono::duration<double>(end - start).count());
     }
     if (!room.indicator->state().isTracking() || !room.indicator->onPlane()) state.SkipWithError("square is not on the table");
@@ -86,9 +86,9 @@ void BM_SteadyStateFrame(benchmark::State& state) {
     Room room;
     std::uint64_t allocations = 0;
     for (auto _ : state) {
-        const std::uint64_t before = bench::allocationCount();
+        const std::uint64_t before = testing::allocationCount();
         room.frame();
-        allocations += bench::allocationCount() - before;
+        allocations += testing::allocationCount() - before;
     }
     state.counters["allocs_per_frame"] = benchmark::Counter(double(allocations), benchmark::Counter::kAvgIterations);
 }

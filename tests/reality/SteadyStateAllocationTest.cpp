@@ -5,25 +5,11 @@
 #include "reality/ARView.h"
 #include "reality/AnchorEntity.h"
 #include "reality/ModelEntity.h"
+#include "support/CountingAllocator.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <new>
 
-namespace {
-thread_local bool counting = false;
-thread_local long allocations = 0;
-} // namespace
-
-// Counts this thread's allocations while `counting` is set; otherwise plain malloc/free.
-void* operator new(std::size_t size) {
-    if (counting) ++allocations;
-    if (void* p = std::malloc(size ? size : 1)) return p;
-    throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
 namespace orvanta::reality {
 namespace {
@@ -35,11 +21,9 @@ struct QuietDelegate : arsession::ARSessionDelegate {
 
 TEST(SteadyStateAllocationTest, FramesAndRayCastsAllocateNothing) {
     // The counter itself works.
-    counting = true;
+    const std::uint64_t probeBefore = testing::threadAllocationCount();
     auto probe = std::make_unique<int>(1);
-    counting = false;
-    ASSERT_EQ(allocations, 1);
-    allocations = 0;
+    ASSERT_EQ(testing::threadAllocationCount() - probeBefore, 1u);
 
     auto clock = std::make_shared<arsession::SteppedClock>();
     ARView view(QSizeF(400, 800), nullptr, clock);
@@ -75,10 +59,9 @@ TEST(SteadyStateAllocationTest, FramesAndRayCastsAllocateNothing) {
 
     const int framesBefore = delegate->frames;
     hits = 0;
-    counting = true;
+    const std::uint64_t before = testing::threadAllocationCount();
     for (int i = 0; i < 120; ++i) clock->step(1.0 / 60);
-    counting = false;
-    EXPECT_EQ(allocations, 0);
+    EXPECT_EQ(testing::threadAllocationCount() - before, 0u);
     EXPECT_EQ(delegate->frames - framesBefore, 120);
     EXPECT_GT(hits, 0);
 }

@@ -6,27 +6,14 @@
 #include "render/EntitySceneBridge.h"
 #include "render/GlSupport.h"
 #include "render/Viewport.h"
+#include "support/CountingAllocator.h"
 
 #include <QQuickWindow>
 #include <QtQuick3D/private/qquick3dviewport_p.h>
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <new>
 
-namespace {
-thread_local bool counting = false;
-thread_local long allocations = 0;
-} // namespace
-
-void* operator new(std::size_t size) {
-    if (counting) ++allocations;
-    if (void* p = std::malloc(size ? size : 1)) return p;
-    throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
 namespace orvanta::render {
 
@@ -51,14 +38,13 @@ TEST(SteadySync, MovingEntitiesAllocateNothingOnceTheirNodesExist) {
     bridge.sync(scene);
     ASSERT_EQ(bridge.nodeCount(), 2u);
 
-    counting = true;
+    const std::uint64_t before = testing::threadAllocationCount();
     for (int frame = 1; frame <= 30; ++frame) {
         dish->setPosition(QVector3D(0.001f * frame, 0, 0));
         dish->setOrientation(QQuaternion::fromAxisAndAngle(0, 1, 0, float(frame)));
         bridge.sync(scene);
     }
-    counting = false;
-    EXPECT_EQ(allocations, 0);
+    EXPECT_EQ(testing::threadAllocationCount() - before, 0u);
     EXPECT_FLOAT_EQ(bridge.node(dish.get())->position().x(), 0.03f);
 }
 
