@@ -76,7 +76,7 @@ TEST(UsdSceneTest, CorpusFilesImportWithTheirCounts) {
         {"usdz/USDLogo.usdz", "usdz", 5, 4, 1, 172, 86},                  // 43 quads, one PNG shared
         {"usdz/TextureTransformTest.usdz", "usdz", 12, 9, 5, 48, 24},     // 12 quads of 2 triangles
         {"usdc/crate-0.8.0_TextureTransformTest.usdc", "usdc", 12, 9, 0, 48, 24},  // PNGs live in the package
-        {"usdz/RoughnessTest.usdz", "usdz", 6, 6, 1, 1008, 504},          // the TGA is left out
+        {"usdz/RoughnessTest.usdz", "usdz", 6, 6, 2, 1008, 504},          // a PNG and a TGA
         {"usdz/AnimatedMorphCube.usdz", "usdz", 1, 1, 0, 24, 12},
         {"usdz/AnimatedTriangle.usdz", "usdz", 1, 1, 0, 3, 1},
         {"usdz/BoxAnimated.usdz", "usdz", 2, 2, 0, 320, 254},
@@ -113,7 +113,7 @@ TEST(UsdSceneTest, CorpusDetailsSurviveComposition) {
     const ImportedMaterial& gray = scene.materials.at(static_cast<std::size_t>(text->subsets.at(0).material));
     EXPECT_EQ(gray.name, "MatGrayLight");
     ASSERT_TRUE(gray.baseColorTexture.has_value());
-    EXPECT_EQ(scene.textures.at(static_cast<std::size_t>(*gray.baseColorTexture)).uri, "1/USDLogoLrgWithAlpha.png");
+    EXPECT_EQ(scene.textures.at(static_cast<std::size_t>(gray.baseColorTexture->texture)).uri, "1/USDLogoLrgWithAlpha.png");
     EXPECT_EQ(text->texCoords.size(), 4u);  // read through the material's varname "UVW"
     const ImportedMaterial& blue = scene.materials.at(static_cast<std::size_t>(meshNamed(scene, "StrongestLayer")->subsets.at(0).material));
     EXPECT_NEAR(blue.baseColorFactor.z(), 0.6307574f, 1e-6f);
