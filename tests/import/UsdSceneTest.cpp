@@ -2,8 +2,8 @@
 #include "import/ImportError.h"
 #include "import/usd/UsdImporter.h"
 #include "support/Corpus.h"
-#include "support/CrateWriter.h"
-#include "support/ZipBuilder.h"
+#include "export/CrateWriter.h"
+#include "export/ZipWriter.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 // A USDZ package of stored, aligned entries.
 std::shared_ptr<Bytes> package(const std::vector<std::pair<std::string, std::string>>& files) {
-    testing::ZipBuilder zip;
+    exporter::ZipWriter zip;
     for (const auto& [name, data] : files) zip.add(name, data);
     return std::make_shared<Bytes>(zip.build());
 }
@@ -503,8 +503,8 @@ def Mesh "Part"
 // by the corners' points, and compressed topology. With `brokenIndices` the index block is
 // not valid LZ4.
 std::string gridCrateLayer(bool brokenIndices) {
-    using namespace testing::crate;
-    testing::CrateWriter w(8);
+    using namespace exporter::crate;
+    exporter::CrateWriter w(8);
     constexpr std::int32_t side = 64;
     std::vector<float> points, normals, st;
     for (std::int32_t z = 0; z < side; ++z)
