@@ -18,7 +18,7 @@ namespace orvanta::exporter {
 namespace crate {
 enum : std::uint8_t {
     tBool = 1, tUChar = 2, tInt = 3, tUInt = 4, tInt64 = 5, tHalf = 7, tFloat = 8, tDouble = 9, tString = 10,
-    tToken = 11, tAsset = 12, tMatrix4d = 15, tQuatf = 17, tVec2f = 20, tVec3f = 24, tDictionary = 31,
+    tToken = 11, tAsset = 12, tMatrix4d = 15, tQuatf = 17, tVec2f = 20, tVec3f = 24, tVec4f = 28, tDictionary = 31,
     tTokenListOp = 32, tStringListOp = 33, tPathListOp = 34, tReferenceListOp = 35, tTokenVector = 41,
     tSpecifier = 42, tVariability = 44, tVariantSelection = 45, tTimeSamples = 46, tPayload = 47,
     tDoubleVector = 48, tPayloadListOp = 55,

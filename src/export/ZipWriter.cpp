@@ -37,6 +37,13 @@ ZipWriter& ZipWriter::add(std::string name, std::string content) {
     return add({.name = std::move(name), .content = std::move(content)});
 }
 
+ZipWriter& ZipWriter::add(std::string name, std::span<const std::uint8_t> view) {
+    Entry entry;
+    entry.name = std::move(name);
+    entry.view = view;
+    return add(std::move(entry));
+}
+
 namespace {
 
 // Lays the archive out through `sink(const void*, std::size_t)`; headers are collected in

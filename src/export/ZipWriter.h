@@ -34,6 +34,8 @@ public:
 
     ZipWriter& add(Entry e);
     ZipWriter& add(std::string name, std::string content);
+    // A stored, aligned entry of bytes the caller keeps alive until the archive is written.
+    ZipWriter& add(std::string name, std::span<const std::uint8_t> view);
 
     // The archive; its end record counts `centralEntriesToDrop` fewer entries than it holds.
     Bytes build(std::size_t centralEntriesToDrop = 0) const;

@@ -77,7 +77,9 @@ UsdMaterialReader::Input UsdMaterialReader::resolve(const UsdStage::Prim& prim, 
         const UsdStage::Prim* source = stage_.prim(std::string(UsdStagePath::primOf(target)));
         const std::string sourceProperty(UsdStagePath::propertyNameOf(target));
         if (source) {
-            if (shaderId(*source) == "UsdUVTexture") return Input{nullptr, 0, source, sourceProperty};
+            const std::string id = shaderId(*source);
+            if (id == "UsdUVTexture") return Input{nullptr, 0, source, sourceProperty, nullptr};
+            if (id.starts_with("UsdPrimvarReader")) return Input{nullptr, 0, nullptr, sourceProperty, source};
             // An output of another shader is no constant; an input of a material or node
             // graph passes on whatever that input holds.
             if (sourceProperty.starts_with("outputs:")) return {};
@@ -182,6 +184,7 @@ int UsdMaterialReader::material(const std::string& path) {
     ImportedMaterial material;
     material.name = prim->name;
     TexCoordPrimvars primvars;
+    bool vertexColored = false;
     if (const UsdStage::Prim* surface = surfaceOf(*prim)) {
         // A texture replaces the constant of its input.
         const auto input = [&](const char* name) { return resolve(*surface, name); };
@@ -189,6 +192,8 @@ int UsdMaterialReader::material(const std::string& path) {
         const Input diffuse = input("inputs:diffuseColor");
         material.baseColorTexture = textureRef(diffuse, primvars);
         if (const auto rgb = color(diffuse.value)) material.baseColorFactor = QVector4D(*rgb, 1.0f);
+        vertexColored = diffuse.primvarReader &&
+                        UsdStageValue::text(resolve(*diffuse.primvarReader, "inputs:varname").value) == "displayColor";
         const Input emissive = input("inputs:emissiveColor");
         material.emissiveTexture = textureRef(emissive, primvars);
         if (const auto rgb = color(emissive.value)) material.emissiveFactor = *rgb;
@@ -217,8 +222,13 @@ int UsdMaterialReader::material(const std::string& path) {
     const int index = static_cast<int>(scene_.materials.size());
     scene_.materials.push_back(std::move(material));
     primvars_.push_back(std::move(primvars));
+    readsDisplayColor_.push_back(vertexColored);
     byPath_.emplace(path, index);
     return index;
+}
+
+bool UsdMaterialReader::readsDisplayColor(int index) const {
+    return index >= 0 && readsDisplayColor_[static_cast<std::size_t>(index)];
 }
 
 const UsdMaterialReader::TexCoordPrimvars& UsdMaterialReader::texCoordPrimvars(int index) const {

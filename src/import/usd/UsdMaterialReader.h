@@ -11,7 +11,8 @@
 // them; PNG, JPEG and TGA are kept as their encoded bytes without copying, other files are
 // left out. The texture-coordinate primvars are the `varname`s of the UsdPrimvarReader_float2
 // the textures read through: the first one named is set 0, the second set 1.
-// opacityThreshold above 0 makes the material masked; an opacity below 1 or from a texture
+// A diffuseColor read from the displayColor primvar leaves the base colour white and lets
+// the meshes' colours show. opacityThreshold above 0 makes the material masked; an opacity below 1 or from a texture
 // makes it blended.
 // Thread: one reader belongs to one import on one thread.
 
@@ -40,6 +41,9 @@ public:
     // The primvars the textures of material `index` read their coordinates from.
     // Thread: the import's.
     const TexCoordPrimvars& texCoordPrimvars(int index) const;
+    // Whether material `index` takes its diffuse colour from the mesh's displayColor
+    // primvar (a UsdPrimvarReader_float3 of it); false for -1. Thread: the import's.
+    bool readsDisplayColor(int index) const;
 
 private:
     struct Input {
@@ -47,6 +51,7 @@ private:
         int layer = 0;
         const UsdStage::Prim* texture = nullptr;  // the UsdUVTexture shader it reads, if any
         std::string output;                       // the texture's output it reads
+        const UsdStage::Prim* primvarReader = nullptr;  // the UsdPrimvarReader it reads, if any
     };
 
     Input resolve(const UsdStage::Prim& prim, const std::string& input, int depth = 0) const;
@@ -60,6 +65,7 @@ private:
     ImportedScene& scene_;
     std::unordered_map<std::string, int> byPath_;
     std::vector<TexCoordPrimvars> primvars_;  // per material
+    std::vector<bool> readsDisplayColor_;     // per material
     std::unordered_map<std::string, int> textureByKey_;
 };
 

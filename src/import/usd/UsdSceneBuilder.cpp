@@ -123,9 +123,12 @@ private:
             const auto faceIndices = faces ? faces->narrow(scratch) : std::span<const std::int32_t>{};
             subsets.push_back({{faceIndices.begin(), faceIndices.end()}, binding.value_or(material)});
         }
-        // displayColor stands in for a material: a bound material's own colours win.
-        const bool unbound = material < 0 && std::all_of(subsets.begin(), subsets.end(), [](const auto& s) { return s.material < 0; });
-        auto built = UsdSceneMesh::build(mesh, {texCoordPrimvars(mesh, material, subsets), unbound}, material, subsets);
+        // displayColor stands in for a material, so a bound material's own colours win unless
+        // it reads displayColor itself.
+        const auto showsColours = [&](int m) { return m < 0 || materials_.readsDisplayColor(m); };
+        const bool colours = showsColours(material) &&
+                             std::all_of(subsets.begin(), subsets.end(), [&](const auto& s) { return showsColours(s.material); });
+        auto built = UsdSceneMesh::build(mesh, {texCoordPrimvars(mesh, material, subsets), colours}, material, subsets);
         if (!built) return;
         scene_.nodes[static_cast<std::size_t>(nodeIndex)].meshes.push_back(static_cast<int>(scene_.meshes.size()));
         scene_.meshes.push_back(std::move(*built));
