@@ -7,6 +7,7 @@ packages=(
   build-essential cmake ninja-build pkg-config git curl clang
   qt6-base-dev qt6-declarative-dev qt6-quick3d-dev qt6-shadertools-dev
   libqt6opengl6-dev libgl-dev qt6-base-private-dev qt6-declarative-private-dev libxkbcommon-dev
+  qt6-image-formats-plugins
   qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts
   qml6-module-qtquick-window qml6-module-qtquick-templates qml6-module-qtqml-workerscript
   qml6-module-qtquick-shapes qml6-module-quick3d qml6-module-quick3d-helpers

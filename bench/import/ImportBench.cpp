@@ -9,6 +9,8 @@
 // a 1024 x 1024 vertex grid (positions, normals and 32-bit triangle indices, about 49 MB),
 // large enough that per-byte costs dominate the fixed ones.
 
+#include "export/CrateWriter.h"
+#include "export/ZipWriter.h"
 #include "import/SceneImporter.h"
 #include "import/usd/CrateReader.h"
 #include "import/usd/MappedFile.h"
@@ -26,11 +28,6 @@
 
 #if __has_include("support/Corpus.h")
 #include "support/Corpus.h"
-#endif
-#if __has_include("support/CrateWriter.h")
-#include "support/CrateWriter.h"
-#include "support/ZipBuilder.h"
-#define ORVANTA_BENCH_LARGE_CRATES 1
 #endif
 
 #include <cstdlib>
@@ -254,7 +251,6 @@ void peakMemory(benchmark::State& state, const Locator& locate, const PeakLoad& 
     state.counters["peak_per_budget"] = growth / (3 * fileBytes + decodedTextures); // target: at most 1
 }
 
-#ifdef ORVANTA_BENCH_LARGE_CRATES
 // Large crate layers, generated once per run into a folder removed at exit and packaged as
 // a USDZ with one stored, 64-byte aligned entry. "dish" is a scanned-dish mix: 32 grid meshes
 // of 256 x 256 points with vertex normals and face-varying, indexed texture coordinates, so
@@ -266,8 +262,8 @@ void peakMemory(benchmark::State& state, const Locator& locate, const PeakLoad& 
 enum class CrateMix { dish, indices };
 
 std::string largeCrateLayer(CrateMix mix) {
-    using namespace orvanta::testing::crate;
-    orvanta::testing::CrateWriter w(8);
+    using namespace orvanta::exporter::crate;
+    orvanta::exporter::CrateWriter w(8);
     const int meshCount = mix == CrateMix::dish ? 32 : 4;
     const std::int32_t side = 256;
     const std::int32_t pointCount = side * side;
@@ -328,7 +324,7 @@ Locator generatedCrate(CrateMix mix) {
         if (!dir.isValid()) return std::nullopt;
         const fs::path file = fs::path(dir.path().toStdString()) / (mix == CrateMix::dish ? "dish.usdz" : "indices.usdz");
         if (!fs::exists(file)) {
-            const auto package = orvanta::testing::ZipBuilder().add("dish.usdc", largeCrateLayer(mix)).build();
+            const auto package = orvanta::exporter::ZipWriter().add("dish.usdc", largeCrateLayer(mix)).build();
             std::ofstream(file, std::ios::binary)
                 .write(reinterpret_cast<const char*>(package.data()), static_cast<std::streamsize>(package.size()));
         }
@@ -363,7 +359,6 @@ void readCrateLayer(benchmark::State& state, const Locator& locate) {
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(entry.data.size()));
 }
-#endif
 
 } // namespace
 
@@ -374,21 +369,17 @@ BENCHMARK_CAPTURE(importFile, usdc_Ball, corpus("usdc/crate-0.7.0_Ball.maya.usd"
 BENCHMARK_CAPTURE(importFile, usda_UtahTeapot, corpus("usda/UtahTeapot.usd"), false)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(importFile, glb_Duck, corpus("glb/Duck.glb"), false)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(importFile, glb_grid_1M_vertices, Locator(generatedGrid), false)->Unit(benchmark::kMillisecond);
-#ifdef ORVANTA_BENCH_LARGE_CRATES
 BENCHMARK_CAPTURE(importFile, usdz_large_crate_dish, generatedCrate(CrateMix::dish), true)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(importFile, usdz_large_crate_indices, generatedCrate(CrateMix::indices), true)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(readCrateLayer, usdz_large_crate_dish, generatedCrate(CrateMix::dish))->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(readCrateLayer, usdz_large_crate_indices, generatedCrate(CrateMix::indices))->Unit(benchmark::kMillisecond);
-#endif
 
 BENCHMARK_CAPTURE(peakMemory, usdz_RoughnessTest, corpus("usdz/RoughnessTest.usdz"), kitImport)->Iterations(5)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(peakMemory, usda_UtahTeapot, corpus("usda/UtahTeapot.usd"), kitImport)->Iterations(5)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(peakMemory, glb_Duck, corpus("glb/Duck.glb"), kitImport)->Iterations(5)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(peakMemory, glb_grid_1M_vertices, Locator(generatedGrid), kitImport)->Iterations(2)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(peakMemory, glb_grid_1M_vertices_assimp_alone, Locator(generatedGrid), assimpAlone)->Iterations(2)->Unit(benchmark::kMillisecond);
-#ifdef ORVANTA_BENCH_LARGE_CRATES
 BENCHMARK_CAPTURE(peakMemory, usdz_large_crate_dish, generatedCrate(CrateMix::dish), kitImport)->Iterations(2)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(peakMemory, usdz_large_crate_indices, generatedCrate(CrateMix::indices), kitImport)->Iterations(2)->Unit(benchmark::kMillisecond);
-#endif
 
 BENCHMARK_MAIN();

@@ -12,6 +12,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cmath>
 #include <functional>
 #include <map>
 #include <optional>
@@ -80,10 +81,21 @@ private:
             for (unsigned v = 0; v < source.mNumVertices; ++v)
                 mesh.normals.emplace_back(source.mNormals[v].x, source.mNormals[v].y, source.mNormals[v].z);
         }
-        if (source.mTextureCoords[0]) {
-            mesh.texCoords.reserve(source.mNumVertices);
+        if (source.mTangents && source.mBitangents && source.mNormals) {
+            // The handedness is the side the file's bitangent lies on.
+            mesh.tangents.reserve(source.mNumVertices);
+            for (unsigned v = 0; v < source.mNumVertices; ++v) {
+                const aiVector3D& t = source.mTangents[v];
+                const float w = ((source.mNormals[v] ^ t) * source.mBitangents[v]) < 0 ? -1.0f : 1.0f;
+                mesh.tangents.emplace_back(t.x, t.y, t.z, w);
+            }
+        }
+        readTexCoords(source, 0, mesh.texCoords);
+        readTexCoords(source, 1, mesh.texCoords1);
+        if (source.mColors[0]) {
+            mesh.colors.reserve(source.mNumVertices);
             for (unsigned v = 0; v < source.mNumVertices; ++v)
-                mesh.texCoords.emplace_back(source.mTextureCoords[0][v].x, source.mTextureCoords[0][v].y);
+                mesh.colors.emplace_back(source.mColors[0][v].r, source.mColors[0][v].g, source.mColors[0][v].b, source.mColors[0][v].a);
         }
         mesh.indices.reserve(std::size_t(source.mNumFaces) * 3);
         for (unsigned f = 0; f < source.mNumFaces; ++f) {
@@ -94,6 +106,13 @@ private:
         const int material = source.mMaterialIndex < materialCount_ ? static_cast<int>(source.mMaterialIndex) : -1;
         mesh.subsets.push_back({0, static_cast<std::uint32_t>(mesh.indices.size()), material});
         return mesh;
+    }
+
+    static void readTexCoords(const aiMesh& source, unsigned set, std::vector<QVector2D>& out) {
+        if (!source.mTextureCoords[set]) return;
+        out.reserve(source.mNumVertices);
+        for (unsigned v = 0; v < source.mNumVertices; ++v)
+            out.emplace_back(source.mTextureCoords[set][v].x, source.mTextureCoords[set][v].y);
     }
 
     ImportedMaterial material(const aiMaterial& source) {
@@ -107,23 +126,99 @@ private:
         aiColor3D emissive;
         if (source.Get(AI_MATKEY_COLOR_EMISSIVE, emissive) == AI_SUCCESS)
             material.emissiveFactor = {emissive.r, emissive.g, emissive.b};
-        source.Get(AI_MATKEY_OPACITY, material.opacity);
-        material.baseColorTexture = texture(source, aiTextureType_BASE_COLOR);
-        if (!material.baseColorTexture) material.baseColorTexture = texture(source, aiTextureType_DIFFUSE);
-        material.metallicRoughnessTexture = texture(source, aiTextureType_UNKNOWN);
-        material.emissiveTexture = texture(source, aiTextureType_EMISSIVE);
-        material.normalTexture = texture(source, aiTextureType_NORMALS);
+        source.Get(AI_MATKEY_EMISSIVE_INTENSITY, material.emissiveStrength);
+        int twoSided = 0;
+        if (source.Get(AI_MATKEY_TWOSIDED, twoSided) == AI_SUCCESS) material.doubleSided = twoSided != 0;
+        int shading = 0;
+        if (source.Get(AI_MATKEY_SHADING_MODEL, shading) == AI_SUCCESS) material.unlit = shading == aiShadingMode_Unlit;
+
+        aiString alphaMode;
+        const bool gltf = source.Get(AI_MATKEY_GLTF_ALPHAMODE, alphaMode) == AI_SUCCESS;
+        if (gltf) {
+            // glTF's opacity is the base colour's alpha, which Assimp repeats as the opacity.
+            const std::string mode = alphaMode.C_Str();
+            material.alphaMode = mode == "MASK" ? AlphaMode::mask : mode == "BLEND" ? AlphaMode::blend : AlphaMode::opaque;
+            source.Get(AI_MATKEY_GLTF_ALPHACUTOFF, material.alphaCutoff);
+        } else {
+            source.Get(AI_MATKEY_OPACITY, material.opacity);
+            if (material.opacity < 1.0f || material.baseColorFactor.w() < 1.0f) material.alphaMode = AlphaMode::blend;
+        }
+
+        const auto colorSpace = gltf ? TextureColorSpace::srgb : TextureColorSpace::automatic;
+        const auto dataSpace = gltf ? TextureColorSpace::raw : TextureColorSpace::automatic;
+        material.baseColorTexture = texture(source, aiTextureType_BASE_COLOR, TextureChannel::rgba, colorSpace);
+        if (!material.baseColorTexture)
+            material.baseColorTexture = texture(source, aiTextureType_DIFFUSE, TextureChannel::rgba, colorSpace);
+        material.emissiveTexture = texture(source, aiTextureType_EMISSIVE, TextureChannel::rgb, colorSpace);
+        if (gltf) {
+            // One image packs roughness (G) and metallic (B); occlusion reads R.
+            material.roughnessTexture = texture(source, aiTextureType_UNKNOWN, TextureChannel::g, dataSpace);
+            material.metallicTexture = texture(source, aiTextureType_UNKNOWN, TextureChannel::b, dataSpace);
+            material.occlusionTexture = texture(source, aiTextureType_LIGHTMAP, TextureChannel::r, dataSpace);
+            source.Get(AI_MATKEY_GLTF_TEXTURE_STRENGTH(aiTextureType_LIGHTMAP, 0), material.occlusionStrength);
+        } else {
+            material.roughnessTexture = texture(source, aiTextureType_DIFFUSE_ROUGHNESS, TextureChannel::r, dataSpace);
+            material.metallicTexture = texture(source, aiTextureType_METALNESS, TextureChannel::r, dataSpace);
+            material.opacityTexture = texture(source, aiTextureType_OPACITY, TextureChannel::r, dataSpace);
+        }
+        material.normalTexture = texture(source, aiTextureType_NORMALS, TextureChannel::rgb, dataSpace);
+        if (material.normalTexture) {
+            material.normalTexture->scale = {2.0f, 2.0f, 2.0f, 1.0f};  // [0, 1] texels to [-1, 1]
+            material.normalTexture->bias = {-1.0f, -1.0f, -1.0f, 0.0f};
+            source.Get(AI_MATKEY_GLTF_TEXTURE_SCALE(aiTextureType_NORMALS, 0), material.normalScale);
+        }
         return material;
     }
 
-    // The index of the texture bound to `type`, loading its bytes once per distinct path.
-    std::optional<int> texture(const aiMaterial& source, aiTextureType type) {
+    // The reference to the texture bound to `type`, loading its bytes once per distinct path.
+    std::optional<ImportedTextureRef> texture(const aiMaterial& source, aiTextureType type, TextureChannel channel,
+                                              TextureColorSpace colorSpace) {
         aiString path;
         if (source.GetTextureCount(type) == 0 || source.GetTexture(type, 0, &path) != AI_SUCCESS) return std::nullopt;
-        const std::string key = path.C_Str();
+        ImportedTextureRef ref;
+        ref.texture = textureIndex(path.C_Str());
+        if (ref.texture < 0) return std::nullopt;
+        ref.channel = channel;
+        ref.colorSpace = colorSpace;
+        int uvSet = 0;
+        if (source.Get(AI_MATKEY_UVWSRC(type, 0), uvSet) == AI_SUCCESS) ref.texCoordSet = uvSet;
+        int wrap = aiTextureMapMode_Wrap;
+        if (source.Get(AI_MATKEY_MAPPINGMODE_U(type, 0), wrap) == AI_SUCCESS) ref.wrapS = wrapOf(wrap);
+        if (source.Get(AI_MATKEY_MAPPINGMODE_V(type, 0), wrap) == AI_SUCCESS) ref.wrapT = wrapOf(wrap);
+        aiUVTransform transform;
+        if (source.Get(AI_MATKEY_UVTRANSFORM(type, 0), transform) == AI_SUCCESS) ref.transform = transformOf(transform);
+        return ref;
+    }
+
+    static TextureWrap wrapOf(int mode) {
+        switch (mode) {
+        case aiTextureMapMode_Clamp: return TextureWrap::clamp;
+        case aiTextureMapMode_Mirror: return TextureWrap::mirror;
+        case aiTextureMapMode_Decal: return TextureWrap::black;
+        default: return TextureWrap::repeat;
+        }
+    }
+
+    // Assimp hands glTF's texture transform over re-centred for its own UV space; this
+    // recovers the file's offset, rotation and scale (image space, v down, rotation about
+    // the origin) and re-expresses them for the kit's v-up coordinates.
+    static ImportedTextureTransform transformOf(const aiUVTransform& source) {
+        const double sx = source.mScaling.x, sy = source.mScaling.y;
+        const double rotation = -source.mRotation;  // glTF's, in radians
+        const double c = std::cos(rotation), s = std::sin(rotation);
+        const double offsetX = source.mTranslation.x - 0.5 * sx * (-c + s + 1);
+        const double offsetY = 0.5 * sy * (s + c - 1) + 1 - sy - source.mTranslation.y;
+        ImportedTextureTransform result;
+        result.scale = QVector2D(float(sx), float(sy));
+        result.rotationDegrees = float(-rotation * 180.0 / M_PI);
+        result.offset = QVector2D(float(offsetX - sy * s), float(1 - offsetY - sy * c));
+        return result;
+    }
+
+    int textureIndex(const std::string& key) {
         if (auto it = textureIndex_.find(key); it != textureIndex_.end()) return it->second;
         QByteArray bytes = textureBytes(key);
-        if (bytes.isEmpty()) return std::nullopt;
+        if (bytes.isEmpty()) return -1;
         const int index = static_cast<int>(scene_.textures.size());
         scene_.textures.push_back({key, std::move(bytes), nullptr});
         textureIndex_[key] = index;

@@ -1,5 +1,8 @@
 #include "import/ImportedScene.h"
 
+#include <QBuffer>
+#include <QImageReader>
+
 #include <algorithm>
 
 namespace orvanta::import {
@@ -27,6 +30,14 @@ void growBounds(const ImportedScene& scene, int nodeIndex, const QMatrix4x4& par
 }
 
 } // namespace
+
+QImage ImportedTexture::decode() const {
+    QImage image = QImage::fromData(encoded);
+    if (!image.isNull() || !QString::fromStdString(uri).endsWith(".tga", Qt::CaseInsensitive)) return image;
+    QBuffer buffer;
+    buffer.setData(encoded);
+    return QImageReader(&buffer, "tga").read();
+}
 
 Bounds ImportedScene::bounds() const {
     Bounds result;

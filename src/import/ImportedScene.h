@@ -22,27 +22,92 @@
 
 namespace orvanta::import {
 
-// An image as it is stored in the file (PNG or JPEG bytes). Decoding is left to whoever
+// An image as it is stored in the file (PNG, JPEG or TGA bytes). Decoding is left to whoever
 // draws it, so an import never pays for pixels it does not show.
 struct ImportedTexture {
     std::string uri;       // path inside the package or file, for diagnostics
     QByteArray encoded;    // may be a raw view over a memory-mapped file (see owner)
     std::shared_ptr<const void> owner; // keeps the bytes behind `encoded` alive
 
-    QImage decode() const { return QImage::fromData(encoded); }
+    // The pixels; TGA, which has no signature, is recognised by the uri's suffix.
+    QImage decode() const;
 };
 
+// Which part of a texel a material input reads.
+enum class TextureChannel { r, g, b, a, rgb, rgba };
+
+// What a texture lookup outside [0, 1] returns.
+enum class TextureWrap {
+    repeat,
+    clamp,   // the edge texel
+    mirror,
+    black,   // transparent black outside the image
+};
+
+// How the texel values are encoded. `automatic` leaves it to the image: 8-bit colour
+// images are sRGB, everything else is linear.
+enum class TextureColorSpace { automatic, srgb, raw };
+
+// Affine transform of the texture coordinates before the lookup, in the kit's UV
+// convention (v up): uv' = offset + rotate(rotationDegrees, scale * uv), rotation
+// counter-clockwise.
+struct ImportedTextureTransform {
+    QVector2D offset{0.0f, 0.0f};
+    float rotationDegrees = 0.0f;
+    QVector2D scale{1.0f, 1.0f};
+
+    bool isIdentity() const { return offset.isNull() && rotationDegrees == 0.0f && scale == QVector2D(1.0f, 1.0f); }
+    friend bool operator==(const ImportedTextureTransform&, const ImportedTextureTransform&) = default;
+};
+
+// A material input read from a texture. The value used is `texel.channel * scale + bias`
+// (component-wise over the channel's components), taken before the material's factor
+// for that input multiplies it.
+struct ImportedTextureRef {
+    int texture = -1;                        // index into ImportedScene::textures
+    TextureChannel channel = TextureChannel::rgb;
+    int texCoordSet = 0;                     // 0: ImportedMesh::texCoords, 1: texCoords1
+    ImportedTextureTransform transform;
+    TextureWrap wrapS = TextureWrap::repeat; // along u
+    TextureWrap wrapT = TextureWrap::repeat; // along v
+    TextureColorSpace colorSpace = TextureColorSpace::automatic;
+    QVector4D scale{1.0f, 1.0f, 1.0f, 1.0f};
+    QVector4D bias{0.0f, 0.0f, 0.0f, 0.0f};
+
+    friend bool operator==(const ImportedTextureRef&, const ImportedTextureRef&) = default;
+};
+
+// How the material's alpha (baseColorFactor.w * opacity, times the textures that feed them)
+// is used.
+enum class AlphaMode {
+    opaque, // alpha ignored
+    mask,   // drawn where alpha >= alphaCutoff, else discarded
+    blend,  // blended over what is behind
+};
+
+// A metallic-roughness material. Every input is its factor, multiplied by its texture
+// when it has one. Colours are linear.
 struct ImportedMaterial {
     std::string name;
     QVector4D baseColorFactor{1.0f, 1.0f, 1.0f, 1.0f}; // linear RGBA
-    std::optional<int> baseColorTexture;               // index into ImportedScene::textures
+    std::optional<ImportedTextureRef> baseColorTexture; // rgb, or rgba when it carries alpha
     float metallic = 0.0f;
+    std::optional<ImportedTextureRef> metallicTexture;  // one channel (glTF packing: b)
     float roughness = 0.5f;
-    std::optional<int> metallicRoughnessTexture;        // glTF packing: G roughness, B metallic
+    std::optional<ImportedTextureRef> roughnessTexture; // one channel (glTF packing: g)
+    std::optional<ImportedTextureRef> normalTexture;    // tangent space; scale/bias map texels to [-1, 1]
+    float normalScale = 1.0f;                           // scales the normal's x and y
+    std::optional<ImportedTextureRef> occlusionTexture; // one channel (glTF packing: r)
+    float occlusionStrength = 1.0f;                     // 0: no occlusion, 1: full
     QVector3D emissiveFactor{0.0f, 0.0f, 0.0f};
-    std::optional<int> emissiveTexture;
-    float opacity = 1.0f;
-    std::optional<int> normalTexture;
+    std::optional<ImportedTextureRef> emissiveTexture;
+    float emissiveStrength = 1.0f;                      // multiplies the emitted colour
+    float opacity = 1.0f;                               // multiplies baseColorFactor.w
+    std::optional<ImportedTextureRef> opacityTexture;   // one channel, multiplies opacity
+    AlphaMode alphaMode = AlphaMode::opaque;
+    float alphaCutoff = 0.5f;                           // used by AlphaMode::mask
+    bool doubleSided = false;
+    bool unlit = false;                                 // base colour shown as is, no lighting
 };
 
 // A run of triangles of one mesh drawn with one material.
@@ -52,19 +117,24 @@ struct ImportedSubset {
     int material = -1;            // index into ImportedScene::materials, -1 for the default
 };
 
-// Triangle mesh with one vertex stream: normals and texCoords are either empty or as long
-// as positions. indices holds triangles (three per face).
+// Triangle mesh with one vertex stream: every attribute besides positions is either empty
+// or as long as positions. indices holds triangles (three per face).
 struct ImportedMesh {
     std::string name;
     std::vector<QVector3D> positions;
     std::vector<QVector3D> normals;
-    std::vector<QVector2D> texCoords;
+    std::vector<QVector4D> tangents;   // xyz tangent, w = +1/-1 handedness of the bitangent
+    std::vector<QVector2D> texCoords;  // texture-coordinate set 0
+    std::vector<QVector2D> texCoords1; // texture-coordinate set 1
+    std::vector<QVector4D> colors;     // linear RGBA, multiplies the base colour
     std::vector<std::uint32_t> indices;
     std::vector<ImportedSubset> subsets; // covers all indices; one subset when unsplit
+    bool doubleSided = false;            // both faces drawn, whatever the material says
 
     std::size_t triangleCount() const { return indices.size() / 3; }
 };
 
+// A node may list a mesh that other nodes list too: instances share one mesh.
 struct ImportedNode {
     std::string name;
     QMatrix4x4 localTransform;  // relative to the parent node

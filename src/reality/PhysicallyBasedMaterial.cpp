@@ -8,9 +8,10 @@ namespace {
 
 float unit(float value) { return std::clamp(value, 0.0f, 1.0f); }
 
-std::optional<import::ImportedTexture> texture(const import::ImportedScene& scene, const std::optional<int>& index) {
-    if (!index || *index < 0 || std::size_t(*index) >= scene.textures.size()) return std::nullopt;
-    return scene.textures[std::size_t(*index)];
+std::optional<import::ImportedTexture> texture(const import::ImportedScene& scene,
+                                               const std::optional<import::ImportedTextureRef>& ref) {
+    if (!ref || ref->texture < 0 || std::size_t(ref->texture) >= scene.textures.size()) return std::nullopt;
+    return scene.textures[std::size_t(ref->texture)];
 }
 
 } // namespace
@@ -23,7 +24,8 @@ PhysicallyBasedMaterial PhysicallyBasedMaterial::fromImported(const import::Impo
     result.baseColorTexture = texture(scene, material.baseColorTexture);
     result.metallic = unit(material.metallic);
     result.roughness = unit(material.roughness);
-    result.metallicRoughnessTexture = texture(scene, material.metallicRoughnessTexture);
+    // Both maps usually share one image (G roughness, B metallic).
+    result.metallicRoughnessTexture = texture(scene, material.roughnessTexture ? material.roughnessTexture : material.metallicTexture);
     const QVector3D& emissive = material.emissiveFactor;
     result.emissiveColor = QColor::fromRgbF(unit(emissive.x()), unit(emissive.y()), unit(emissive.z()));
     result.emissiveTexture = texture(scene, material.emissiveTexture);

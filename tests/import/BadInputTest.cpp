@@ -7,7 +7,7 @@
 #include "import/ImportError.h"
 #include "import/SceneImporter.h"
 #include "support/Corpus.h"
-#include "support/ZipBuilder.h"
+#include "export/ZipWriter.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>
@@ -164,7 +164,7 @@ TEST(BadInputTest, HtmlPageUnderAModelNameAndEmptyFileAreNotModels) {
 // `uncompressedSize` whatever the real data length, so the archive can lie.
 Bytes zipWithEntry(const std::string& name, const Bytes& data, std::uint16_t method, std::uint32_t storedSize,
                    std::uint32_t uncompressedSize) {
-    return testing::ZipBuilder()
+    return exporter::ZipWriter()
         .add({.name = name, .content = std::string(data.begin(), data.end()), .align = false,
               .declaredSize = uncompressedSize, .declaredStoredSize = storedSize, .method = method})
         .build();

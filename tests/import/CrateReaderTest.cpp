@@ -10,7 +10,7 @@
 #include "import/usd/UsdaParser.h"
 #include "import/usd/UsdzArchive.h"
 #include "support/Corpus.h"
-#include "support/CrateWriter.h"
+#include "export/CrateWriter.h"
 
 #include <gtest/gtest.h>
 
@@ -28,8 +28,8 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-using namespace testing::crate;
-using testing::CrateWriter;
+using namespace exporter::crate;
+using exporter::CrateWriter;
 
 core::Result<Layer> readBytes(const Bytes& bytes) { return CrateReader::read(bytes, "test.usdc"); }
 

@@ -68,7 +68,7 @@ TEST(GltfImportTest, DuckGlbCarriesItsPngInsideTheBinaryChunk) {
     EXPECT_EQ(scene.meshes[0].texCoords.size(), scene.meshes[0].positions.size());
     ASSERT_EQ(scene.textures.size(), 1u);
     ASSERT_EQ(scene.materials.size(), 1u);
-    EXPECT_EQ(scene.materials[0].baseColorTexture, 0);
+    EXPECT_EQ(scene.materials[0].baseColorTexture->texture, 0);
     const QImage image = scene.textures[0].decode();
     ASSERT_FALSE(image.isNull());
     EXPECT_EQ(image.size(), QSize(512, 512));
@@ -91,8 +91,8 @@ TEST(GltfImportTest, MilkTruckResolvesItsBufferAndImageBesideTheGltf) {
     std::map<std::string, const ImportedMaterial*> byName;
     for (const ImportedMaterial& material : scene.materials) byName[material.name] = &material;
     ASSERT_EQ(byName.size(), 4u);
-    EXPECT_EQ(byName["truck"]->baseColorTexture, 0);
-    EXPECT_EQ(byName["wheels"]->baseColorTexture, 0);
+    EXPECT_EQ(byName["truck"]->baseColorTexture->texture, 0);
+    EXPECT_EQ(byName["wheels"]->baseColorTexture->texture, 0);
     EXPECT_FALSE(byName["glass"]->baseColorTexture);
     EXPECT_FALSE(byName["window_trim"]->baseColorTexture);
     EXPECT_NEAR(byName["glass"]->baseColorFactor.y(), 0.0405063f, 1e-6f);
@@ -203,7 +203,7 @@ TEST(GltfImportTest, DataUriBufferAndImageNeedNoOtherFile) {
     EXPECT_EQ(image.pixelColor(3, 1), QColor(Qt::red));
     ASSERT_FALSE(mesh.subsets.empty());
     ASSERT_GE(mesh.subsets[0].material, 0);
-    EXPECT_EQ(scene.materials[static_cast<std::size_t>(mesh.subsets[0].material)].baseColorTexture, 0);
+    EXPECT_EQ(scene.materials[static_cast<std::size_t>(mesh.subsets[0].material)].baseColorTexture->texture, 0);
 }
 
 TEST(GltfImportTest, DataUriGltfLoadsTheSameFromMemory) {

@@ -1,10 +1,10 @@
 // The orvanta-inspect command-line tool, run as a separate process on a GLB written here
 // and on a file that is no model.
 #include "support/TestModels.h"
+#include "support/ToolRun.h"
 
 #include <gtest/gtest.h>
 
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -13,20 +13,9 @@ namespace {
 
 #ifdef ORVANTA_INSPECT_TOOL
 
-struct ToolRun {
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
+using testing::ToolRun;
 
-ToolRun inspect(const QStringList& files) {
-    QProcess process;
-    process.start(ORVANTA_INSPECT_TOOL, files);
-    EXPECT_TRUE(process.waitForFinished(30000));
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
-}
+ToolRun inspect(const QStringList& files) { return ToolRun::of(ORVANTA_INSPECT_TOOL, files); }
 
 class InspectToolTest : public ::testing::Test {
 protected:
@@ -52,6 +41,9 @@ TEST_F(InspectToolTest, PrintsTheCountsBoundsAndTimeOfAModel) {
         EXPECT_TRUE(run.out.contains(line)) << line << " missing from:\n" << run.out.toStdString();
     EXPECT_TRUE(run.out.startsWith(glb + "\n"));
     EXPECT_TRUE(run.out.contains(QRegularExpression("  load time: [0-9]+\\.[0-9]{3} ms\n")));
+    EXPECT_TRUE(run.out.contains("  meshes with vertex colours: 0\n"));
+    EXPECT_TRUE(run.out.contains(QRegularExpression("  material 0 \"[^\"]*\":\n    base colour: \\([0-9., ]+\\)\n")));
+    EXPECT_TRUE(run.out.contains("    alpha: opaque\n"));
 }
 
 TEST_F(InspectToolTest, ANonModelFailsWithTheErrorOnStandardError) {

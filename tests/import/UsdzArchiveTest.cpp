@@ -8,7 +8,7 @@
 #include "import/usd/MappedFile.h"
 #include "import/usd/UsdzArchive.h"
 #include "support/Corpus.h"
-#include "support/ZipBuilder.h"
+#include "export/ZipWriter.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -25,7 +25,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-using testing::ZipBuilder;
+using exporter::ZipWriter;
 
 core::Result<UsdzArchive> openBytes(const Bytes& bytes) { return UsdzArchive::open(bytes, nullptr); }
 
@@ -156,7 +156,7 @@ TEST(UsdzArchiveCorpus, TruncatedAndBitFlippedCopiesFailCleanly) {
 // ---- built packages -----------------------------------------------------------------------
 
 TEST(UsdzArchive, StoredEntriesAreViewsOfTheInputBytes) {
-    const Bytes bytes = ZipBuilder().add("dish.usda", "#usda 1.0\n").add("tex/plate.png", "PNGDATA").build();
+    const Bytes bytes = ZipWriter().add("dish.usda", "#usda 1.0\n").add("tex/plate.png", "PNGDATA").build();
     const auto archive = openBytes(bytes);
     ASSERT_TRUE(archive.ok()) << archive.error().localizedDescription();
     ASSERT_EQ(archive->entries().size(), 2u);
@@ -170,7 +170,7 @@ TEST(UsdzArchive, StoredEntriesAreViewsOfTheInputBytes) {
 
 TEST(UsdzArchive, DeflatedUnalignedAndDescriptorEntriesAreRead) {
     const std::string layer(5000, 'a');
-    const Bytes bytes = ZipBuilder()
+    const Bytes bytes = ZipWriter()
                             .add({"dish.usda", layer, true, false})
                             .add({"a/b.png", "stored, unaligned", false, false})
                             .add({"a/c.png", "after a descriptor", true, true, true})
@@ -191,42 +191,42 @@ TEST(UsdzArchive, BrokenOrHostilePackagesEndInClearErrors) {
     testing::expectImportError(openBytes(Bytes(html.begin(), html.end())), C::unrecognisedFormat, "not a zip archive");
 
     // A bomb: a few deflated bytes that claim to inflate to 4 GiB.
-    ZipBuilder::Entry bomb{"dish.usda", std::string(1000, 'x'), true};
+    ZipWriter::Entry bomb{"dish.usda", std::string(1000, 'x'), true};
     bomb.declaredSize = 0xfffffff0u;
-    testing::expectImportError(openBytes(ZipBuilder().add(bomb).build()), C::malformedData, "impossible inflated size");
-    ZipBuilder::Entry liar{"dish.usda", std::string(1000, 'x'), true};
+    testing::expectImportError(openBytes(ZipWriter().add(bomb).build()), C::malformedData, "impossible inflated size");
+    ZipWriter::Entry liar{"dish.usda", std::string(1000, 'x'), true};
     liar.declaredSize = 2000;
-    testing::expectImportError(openBytes(ZipBuilder().add(liar).build()), C::malformedData, "does not inflate to its declared 2000 bytes");
+    testing::expectImportError(openBytes(ZipWriter().add(liar).build()), C::malformedData, "does not inflate to its declared 2000 bytes");
 
-    ZipBuilder::Entry zip64{"dish.usda", "x"};
+    ZipWriter::Entry zip64{"dish.usda", "x"};
     zip64.declaredSize = 0xffffffffu;
-    testing::expectImportError(openBytes(ZipBuilder().add(zip64).build()), C::unsupportedFeature, "Zip64");
-    ZipBuilder::Entry encrypted{"dish.usda", "x"};
+    testing::expectImportError(openBytes(ZipWriter().add(zip64).build()), C::unsupportedFeature, "Zip64");
+    ZipWriter::Entry encrypted{"dish.usda", "x"};
     encrypted.flags = 1;
-    testing::expectImportError(openBytes(ZipBuilder().add(encrypted).build()), C::unsupportedFeature, "encrypted");
-    ZipBuilder::Entry bzip{"dish.usda", "x"};
+    testing::expectImportError(openBytes(ZipWriter().add(encrypted).build()), C::unsupportedFeature, "encrypted");
+    ZipWriter::Entry bzip{"dish.usda", "x"};
     bzip.method = 12;
-    testing::expectImportError(openBytes(ZipBuilder().add(bzip).build()), C::unsupportedFeature, "compression method 12");
-    ZipBuilder::Entry stored{"dish.usda", "x"};
+    testing::expectImportError(openBytes(ZipWriter().add(bzip).build()), C::unsupportedFeature, "compression method 12");
+    ZipWriter::Entry stored{"dish.usda", "x"};
     stored.declaredSize = 7;
-    testing::expectImportError(openBytes(ZipBuilder().add(stored).build()), C::malformedData, "two different sizes");
+    testing::expectImportError(openBytes(ZipWriter().add(stored).build()), C::malformedData, "two different sizes");
 
     // A stored entry whose size runs past the end of the file.
-    Bytes overlong = ZipBuilder().add("dish.usda", "#usda 1.0\n").build();
+    Bytes overlong = ZipWriter().add("dish.usda", "#usda 1.0\n").build();
     overlong[18] = 0xff; overlong[19] = 0xff; overlong[22] = 0xff; overlong[23] = 0xff;
     testing::expectImportError(openBytes(overlong), C::malformedData, "declares 65535 bytes but the file ends");
 
     // The directory disagrees with the local header about a size.
-    Bytes disagreeing = ZipBuilder().add("dish.usda", "#usda 1.0\n").build();
+    Bytes disagreeing = ZipWriter().add("dish.usda", "#usda 1.0\n").build();
     const std::uint8_t centralSignature[] = {0x50, 0x4b, 0x01, 0x02};
     const auto central = std::search(disagreeing.begin(), disagreeing.end(), std::begin(centralSignature), std::end(centralSignature));
     ASSERT_NE(central, disagreeing.end());
     central[20] = 9; central[24] = 9;
     testing::expectImportError(openBytes(disagreeing), C::malformedData, "disagree on the entry's size");
 
-    testing::expectImportError(openBytes(ZipBuilder().add("dish.usda", "a").add("b.png", "b").build(1)), C::malformedData,
+    testing::expectImportError(openBytes(ZipWriter().add("dish.usda", "a").add("b.png", "b").build(1)), C::malformedData,
                 "the central directory lists 1 entries, the archive holds 2");
-    testing::expectImportError(openBytes(ZipBuilder().add("dir/", "").build()), C::malformedData, "holds no files");
+    testing::expectImportError(openBytes(ZipWriter().add("dir/", "").build()), C::malformedData, "holds no files");
 }
 
 TEST(UsdzArchive, AssetPathsResolveRelativeToTheReferencingLayer) {

@@ -28,7 +28,7 @@ std::shared_ptr<const import::ImportedScene> sampleScene() {
     import::ImportedMaterial glaze;
     glaze.name = "glaze";
     glaze.baseColorFactor = {0.5f, 0.25f, 1.0f, 1.0f};
-    glaze.baseColorTexture = 0;
+    glaze.baseColorTexture = import::ImportedTextureRef{0};
     glaze.roughness = 0.2f;
     scene->materials.push_back(glaze);
     scene->meshes.push_back(triangle("plateMesh", 1.0f, {{0, 3, 0}}));

@@ -5,6 +5,7 @@
 #include "import/usd/UsdStageValue.h"
 #include "import/usd/UsdXformOps.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace orvanta::import::usd {
@@ -86,19 +87,22 @@ private:
         return -1;
     }
 
-    std::string texCoordPrimvar(const UsdStage::Prim& mesh, int material, const std::vector<UsdSceneMesh::FaceSubset>& subsets) {
-        std::string name = materials_.texCoordPrimvar(material);
+    // The coordinate sets the mesh's materials read; without any, `st` or the first
+    // texCoord2 primvar is set 0.
+    UsdMaterialReader::TexCoordPrimvars texCoordPrimvars(const UsdStage::Prim& mesh, int material,
+                                                         const std::vector<UsdSceneMesh::FaceSubset>& subsets) {
+        UsdMaterialReader::TexCoordPrimvars names = materials_.texCoordPrimvars(material);
         for (const auto& subset : subsets) {
-            if (!name.empty()) break;
-            name = materials_.texCoordPrimvar(subset.material);
+            if (!names[0].empty()) break;
+            names = materials_.texCoordPrimvars(subset.material);
         }
-        if (!name.empty()) return name;
-        if (mesh.property("primvars:st")) return "st";
+        if (!names[0].empty()) return names;
+        if (mesh.property("primvars:st")) return {"st", ""};
         for (const UsdStage::Property& property : mesh.properties) {
             const auto type = UsdStageValue::text(property.field("typeName"));
             if (property.name.starts_with("primvars:") && type && type->starts_with("texCoord2") &&
                 !property.name.ends_with(":indices"))
-                return property.name.substr(9);
+                return {property.name.substr(9), ""};
         }
         return {};
     }
@@ -119,7 +123,12 @@ private:
             const auto faceIndices = faces ? faces->narrow(scratch) : std::span<const std::int32_t>{};
             subsets.push_back({{faceIndices.begin(), faceIndices.end()}, binding.value_or(material)});
         }
-        auto built = UsdSceneMesh::build(mesh, texCoordPrimvar(mesh, material, subsets), material, subsets);
+        // displayColor stands in for a material, so a bound material's own colours win unless
+        // it reads displayColor itself.
+        const auto showsColours = [&](int m) { return m < 0 || materials_.readsDisplayColor(m); };
+        const bool colours = showsColours(material) &&
+                             std::all_of(subsets.begin(), subsets.end(), [&](const auto& s) { return showsColours(s.material); });
+        auto built = UsdSceneMesh::build(mesh, {texCoordPrimvars(mesh, material, subsets), colours}, material, subsets);
         if (!built) return;
         scene_.nodes[static_cast<std::size_t>(nodeIndex)].meshes.push_back(static_cast<int>(scene_.meshes.size()));
         scene_.meshes.push_back(std::move(*built));

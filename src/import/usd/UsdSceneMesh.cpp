@@ -138,8 +138,8 @@ std::size_t writeFanTriangles(std::span<const std::int32_t> face, bool leftHande
 
 } // namespace
 
-std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, const std::string& texCoordPrimvar,
-                                                int material, const std::vector<FaceSubset>& subsets) {
+std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, const Streams& streams, int material,
+                                                const std::vector<FaceSubset>& subsets) {
     const UsdStage::Property* pointsProperty = prim.property("points");
     const UsdStageValue::Floats points = UsdStageValue::floats(pointsProperty ? pointsProperty->value() : nullptr, 3);
     IntArray::Narrow countScratch, indexScratch;
@@ -193,10 +193,16 @@ std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, cons
     const std::string normalsName = prim.property("primvars:normals") ? "primvars:normals" : "normals";
     const auto cornerPoints = indices->first(corners);
     const auto normals = Stream::read(prim, normalsName, 3, pointCount, faceCount, cornerPoints);
-    const auto texCoords = texCoordPrimvar.empty()
-                               ? std::nullopt
-                               : Stream::read(prim, "primvars:" + texCoordPrimvar, 2, pointCount, faceCount, cornerPoints);
-    const bool perCorner = (normals && normals->perCorner()) || (texCoords && texCoords->perCorner());
+    const auto primvar = [&](const std::string& name, int width) {
+        return name.empty() ? std::nullopt : Stream::read(prim, "primvars:" + name, width, pointCount, faceCount, cornerPoints);
+    };
+    const auto texCoords = primvar(streams.texCoords[0], 2);
+    const auto texCoords1 = primvar(streams.texCoords[1], 2);
+    const auto colors = primvar(streams.displayColor ? "displayColor" : "", 3);
+    const auto opacities = colors ? primvar("displayOpacity", 1) : std::nullopt;
+    const auto perCornerStream = [](const std::optional<Stream>& stream) { return stream && stream->perCorner(); };
+    const bool perCorner = perCornerStream(normals) || perCornerStream(texCoords) || perCornerStream(texCoords1) ||
+                           perCornerStream(colors) || perCornerStream(opacities);
     const auto orientation = UsdStageValue::text(prim.property("orientation") ? prim.property("orientation")->value() : nullptr);
     const bool leftHanded = orientation && *orientation == "leftHanded";
 
@@ -206,7 +212,11 @@ std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, cons
     mesh.positions.resize(vertexRoom);
     if (normals) mesh.normals.resize(vertexRoom);
     if (texCoords) mesh.texCoords.resize(vertexRoom);
+    if (texCoords1) mesh.texCoords1.resize(vertexRoom);
+    if (colors) mesh.colors.resize(vertexRoom);
     mesh.indices.resize(groupStart.back());
+    if (const UsdStage::Property* doubleSided = prim.property("doubleSided"))
+        mesh.doubleSided = UsdStageValue::number(doubleSided->value()).value_or(0) != 0;
     const auto setVertex = [&](std::size_t v, std::size_t face, std::size_t corner, std::size_t point) {
         mesh.positions[v] = QVector3D(points[point * 3], points[point * 3 + 1], points[point * 3 + 2]);
         if (normals) {
@@ -216,6 +226,15 @@ std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, cons
         if (texCoords) {
             const std::size_t e = texCoords->element(face, corner, point);
             mesh.texCoords[v] = QVector2D(texCoords->at(e, 0), texCoords->at(e, 1));
+        }
+        if (texCoords1) {
+            const std::size_t e = texCoords1->element(face, corner, point);
+            mesh.texCoords1[v] = QVector2D(texCoords1->at(e, 0), texCoords1->at(e, 1));
+        }
+        if (colors) {
+            const std::size_t e = colors->element(face, corner, point);
+            const float alpha = opacities ? opacities->at(opacities->element(face, corner, point), 0) : 1.0f;
+            mesh.colors[v] = QVector4D(colors->at(e, 0), colors->at(e, 1), colors->at(e, 2), alpha);
         }
     };
     // Per-point streams: keep the points and index them. A uniform stream is impossible
@@ -281,6 +300,8 @@ std::optional<ImportedMesh> UsdSceneMesh::build(const UsdStage::Prim& prim, cons
     mesh.positions.resize(vertexCount);
     if (normals) mesh.normals.resize(vertexCount);
     if (texCoords) mesh.texCoords.resize(vertexCount);
+    if (texCoords1) mesh.texCoords1.resize(vertexCount);
+    if (colors) mesh.colors.resize(vertexCount);
     return mesh;
 }
 

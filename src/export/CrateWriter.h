@@ -1,7 +1,8 @@
 #pragma once
-// Writes crate (binary USD) layers byte by byte, for tests and benchmarks: values go out of
-// line as they are added, the structural sections and the table of contents at build().
-// Callers lay out values themselves, so they can also write files that lie.
+// Writes crate (binary USD) layers: values go out of line as they are added, the structural
+// sections and the table of contents at build(). Callers lay out values themselves (the
+// layer writer for scenes; tests also write files that lie on purpose).
+// Thread: one writer per thread.
 
 #include <cstdint>
 #include <cstring>
@@ -11,13 +12,13 @@
 #include <utility>
 #include <vector>
 
-namespace orvanta::testing {
+namespace orvanta::exporter {
 
 // Crate value type numbers, spec types and value representation flags used by callers.
 namespace crate {
 enum : std::uint8_t {
     tBool = 1, tUChar = 2, tInt = 3, tUInt = 4, tInt64 = 5, tHalf = 7, tFloat = 8, tDouble = 9, tString = 10,
-    tToken = 11, tAsset = 12, tMatrix4d = 15, tQuatf = 17, tVec2f = 20, tVec3f = 24, tDictionary = 31,
+    tToken = 11, tAsset = 12, tMatrix4d = 15, tQuatf = 17, tVec2f = 20, tVec3f = 24, tVec4f = 28, tDictionary = 31,
     tTokenListOp = 32, tStringListOp = 33, tPathListOp = 34, tReferenceListOp = 35, tTokenVector = 41,
     tSpecifier = 42, tVariability = 44, tVariantSelection = 45, tTimeSamples = 46, tPayload = 47,
     tDoubleVector = 48, tPayloadListOp = 55,
@@ -59,10 +60,17 @@ public:
     std::uint64_t arrayCount(std::uint64_t n);
     // An uncompressed array of `values.size() / width` elements; returns its representation.
     template <class T> std::uint64_t array(std::uint8_t type, const std::vector<T>& values, int width = 1) {
-        const auto at = arrayCount(values.size() / static_cast<std::size_t>(width));
-        putAll(values);
+        return array(type, values.data(), values.size() / static_cast<std::size_t>(width), sizeof(T) * static_cast<std::size_t>(width));
+    }
+    // An uncompressed array of `count` elements of `elementBytes` each, copied from `data`.
+    std::uint64_t array(std::uint8_t type, const void* data, std::size_t count, std::size_t elementBytes) {
+        const auto at = arrayCount(count);
+        const auto* p = static_cast<const std::uint8_t*>(data);
+        file_.insert(file_.end(), p, p + count * elementBytes);
         return crate::rep(type, at, crate::isArray);
     }
+    // Room for `bytes` more bytes of values, so large layers grow their buffer once.
+    void reserve(std::size_t bytes) { file_.reserve(file_.size() + bytes); }
     // Integers delta coded and LZ4 framed, preceded by their framed size.
     void putCompressedInts(const std::vector<std::int32_t>& values);
     void putCompressedInts(const std::vector<std::int64_t>& values);
@@ -74,7 +82,9 @@ public:
 
     void spec(const std::string& p, std::uint32_t type, const std::vector<std::pair<std::string, std::uint64_t>>& fields);
 
-    Bytes build() const;
+    // The finished layer. The writer's buffer becomes the layer, so it is not copied; the
+    // writer is spent afterwards.
+    Bytes build();
 
     template <class T> static void append(Bytes& out, const T& value) {
         const std::size_t at = out.size();
@@ -104,4 +114,4 @@ private:
     std::vector<SpecRecord> specs_;
 };
 
-} // namespace orvanta::testing
+} // namespace orvanta::exporter

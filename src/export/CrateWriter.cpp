@@ -1,4 +1,4 @@
-#include "support/CrateWriter.h"
+#include "export/CrateWriter.h"
 
 #include <lz4.h>
 
@@ -7,7 +7,7 @@
 #include <type_traits>
 #include <unordered_map>
 
-namespace orvanta::testing {
+namespace orvanta::exporter {
 
 using namespace crate;
 using Bytes = CrateWriter::Bytes;
@@ -130,8 +130,8 @@ void CrateWriter::spec(const std::string& p, std::uint32_t type,
     fieldSets_.push_back(-1);
 }
 
-Bytes CrateWriter::build() const {
-    Bytes out = file_;
+Bytes CrateWriter::build() {
+    Bytes out = std::move(file_);
     std::vector<std::pair<std::string, std::pair<std::uint64_t, std::uint64_t>>> toc;
     const auto section = [&](const char* name, const Bytes& body) {
         toc.push_back({name, {out.size(), body.size()}});
@@ -239,4 +239,4 @@ Bytes CrateWriter::encodePaths() const {
     return out;
 }
 
-} // namespace orvanta::testing
+} // namespace orvanta::exporter

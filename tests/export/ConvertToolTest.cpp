@@ -1,0 +1,110 @@
+// The orvanta-convert command-line tool, run as a separate process: a GLB to USDZ (crate and
+// text) and back to GLB, the notes it prints, and its failures.
+#include "import/SceneImporter.h"
+#include "support/TestModels.h"
+#include "support/ToolRun.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+namespace orvanta {
+namespace {
+
+#ifdef ORVANTA_CONVERT_TOOL
+
+using testing::ToolRun;
+
+ToolRun convert(const QStringList& arguments) { return ToolRun::of(ORVANTA_CONVERT_TOOL, arguments); }
+
+// Triangles as drawn: a mesh counts once for every node that draws it.
+std::size_t drawnTriangles(const import::ImportedScene& scene) {
+    std::size_t n = 0;
+    for (const import::ImportedNode& node : scene.nodes)
+        for (int mesh : node.meshes) n += scene.meshes[std::size_t(mesh)].triangleCount();
+    return n;
+}
+
+class ConvertToolTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(dir.isValid());
+        testing::TestModels::write(glb.toStdString(), testing::TestModels::glbWithNodes(3));
+    }
+
+    QTemporaryDir dir;
+    QString glb = dir.filePath("three.glb");
+};
+
+TEST_F(ConvertToolTest, GlbBecomesUsdzOfEitherLayerAndComesBack) {
+    const auto source = import::SceneImporter::importFile(glb.toStdString());
+    ASSERT_TRUE(source.ok());
+    for (const QStringList& flags : {QStringList{}, QStringList{"--text"}}) {
+        SCOPED_TRACE(flags.join(" ").toStdString());
+        const QString usdz = dir.filePath("three.usdz"), back = dir.filePath("back.glb");
+        const ToolRun toUsdz = convert(flags + QStringList{glb, usdz});
+        EXPECT_EQ(toUsdz.exitCode, 0) << toUsdz.err.toStdString();
+        EXPECT_TRUE(toUsdz.out.startsWith(glb + " -> " + usdz + ": 1 meshes, 1 materials, 0 textures\n")) << toUsdz.out.toStdString();
+        const ToolRun toGlb = convert({usdz, back});
+        EXPECT_EQ(toGlb.exitCode, 0) << toGlb.err.toStdString();
+        for (const QString& file : {usdz, back}) {
+            const auto result = import::SceneImporter::importFile(file.toStdString());
+            ASSERT_TRUE(result.ok()) << file.toStdString();
+            EXPECT_EQ(drawnTriangles(result.value()), drawnTriangles(source.value()));
+            EXPECT_TRUE(qFuzzyCompare(result->bounds().max, source->bounds().max));
+        }
+    }
+}
+
+TEST_F(ConvertToolTest, ExtensionsTheKitDoesNotReadAreReported) {
+    // The same GLB, its JSON chunk declaring an extension the importer ignores.
+    QFile file(glb);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray bytes = file.readAll();
+    file.close();
+    quint32 jsonLength = 0;
+    std::memcpy(&jsonLength, bytes.constData() + 12, 4);
+    QJsonObject json = QJsonDocument::fromJson(bytes.mid(20, jsonLength)).object();
+    json["extensionsUsed"] = QJsonArray{"EXT_future"};
+    QByteArray chunk = QJsonDocument(json).toJson(QJsonDocument::Compact);
+    chunk.append((4 - chunk.size() % 4) % 4, ' ');
+    const QByteArray rest = bytes.mid(20 + jsonLength);
+    const auto word = [](quint32 v) { return QByteArray(reinterpret_cast<const char*>(&v), 4); };
+    const QByteArray rebuilt = bytes.left(8) + word(quint32(20 + chunk.size() + rest.size())) + word(quint32(chunk.size())) +
+                               bytes.mid(16, 4) + chunk + rest;
+    testing::TestModels::write(glb.toStdString(), rebuilt);
+
+    const ToolRun run = convert({glb, dir.filePath("out.usdz")});
+    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+    EXPECT_TRUE(run.out.contains("  not carried over: glTF extension EXT_future is not read\n")) << run.out.toStdString();
+}
+
+TEST_F(ConvertToolTest, FailuresAndWrongCommandLines) {
+    const struct {
+        QStringList arguments;
+        int exitCode;
+        const char* message;
+    } cases[] = {
+        {{dir.filePath("absent.glb"), dir.filePath("out.usdz")}, 1, "error: domain ModelImportError, code 1"},
+        {{glb, dir.filePath("missing-folder/out.usdz")}, 1, "error: domain ModelExportError"},
+        {{glb, dir.filePath("out.obj")}, 2, "must end in .usdz or .glb"},
+        {{glb}, 2, "usage:"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.arguments.join(" ").toStdString());
+        const ToolRun run = convert(c.arguments);
+        EXPECT_EQ(run.exitCode, c.exitCode);
+        EXPECT_TRUE(run.err.contains(c.message)) << run.err.toStdString();
+    }
+}
+
+#endif
+
+} // namespace
+} // namespace orvanta

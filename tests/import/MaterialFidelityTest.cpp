@@ -1,0 +1,362 @@
+// Every material and vertex fact both importers read: UsdPreviewSurface inputs with their
+// texture channels, transforms, wrap modes, colour spaces, scale and bias; displayColor at
+// each interpolation; glTF's extensions, alpha modes, second UV set, colours and tangents;
+// and the corpus files that carry such facts.
+#include "import/AssimpImporter.h"
+#include "import/usd/UsdImporter.h"
+#include "support/Corpus.h"
+
+#include <gtest/gtest.h>
+
+#include <QBuffer>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <cmath>
+#include <cstring>
+
+namespace orvanta::import {
+namespace {
+
+ImportedScene importOk(core::Result<ImportedScene> result) {
+    EXPECT_TRUE(result.ok()) << (result.ok() ? "" : result.error().localizedDescription());
+    return result.ok() ? std::move(result).value() : ImportedScene{};
+}
+
+ImportedScene importUsda(const std::string& text) {
+    return importOk(usd::UsdImporter::importBytes({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()},
+                                                  nullptr, "/nowhere/test.usda"));
+}
+
+const ImportedMaterial& materialNamed(const ImportedScene& scene, const std::string& name) {
+    for (const ImportedMaterial& material : scene.materials)
+        if (material.name == name) return material;
+    ADD_FAILURE() << "no material " << name;
+    static const ImportedMaterial none;
+    return none;
+}
+
+const ImportedMesh& meshNamed(const ImportedScene& scene, const std::string& name) {
+    for (const ImportedMesh& mesh : scene.meshes)
+        if (mesh.name == name) return mesh;
+    ADD_FAILURE() << "no mesh " << name;
+    static const ImportedMesh none;
+    return none;
+}
+
+void expectNear(const QVector2D& actual, const QVector2D& expected) {
+    EXPECT_LT((actual - expected).length(), 1e-4f) << actual.x() << " " << actual.y();
+}
+
+TEST(MaterialFidelityTest, UsdPreviewSurfaceValuesSetTheAlphaMode) {
+    const ImportedScene scene = importUsda(R"(#usda 1.0
+def Mesh "UsesPlain"
+{
+    rel material:binding = </Plain>
+}
+def Mesh "UsesGlass"
+{
+    rel material:binding = </Glass>
+}
+def Material "Plain"
+{
+    token outputs:surface.connect = </Plain/Surface.outputs:surface>
+    def Shader "Surface"
+    {
+        uniform token info:id = "UsdPreviewSurface"
+        color3f inputs:diffuseColor = (0.25, 0.5, 0.75)
+        color3f inputs:emissiveColor = (0.1, 0.2, 0.3)
+        float inputs:metallic = 0.9
+        float inputs:roughness = 0.2
+        float inputs:opacity = 0.8
+        float inputs:opacityThreshold = 0.4
+        token outputs:surface
+    }
+}
+def Material "Glass"
+{
+    token outputs:surface.connect = </Glass/Surface.outputs:surface>
+    def Shader "Surface"
+    {
+        uniform token info:id = "UsdPreviewSurface"
+        float inputs:opacity = 0.3
+        token outputs:surface
+    }
+}
+)");
+    const ImportedMaterial& plain = materialNamed(scene, "Plain");
+    EXPECT_EQ(plain.baseColorFactor, QVector4D(0.25f, 0.5f, 0.75f, 1.0f));
+    EXPECT_EQ(plain.emissiveFactor, QVector3D(0.1f, 0.2f, 0.3f));
+    EXPECT_FLOAT_EQ(plain.metallic, 0.9f);
+    EXPECT_FLOAT_EQ(plain.roughness, 0.2f);
+    EXPECT_FLOAT_EQ(plain.opacity, 0.8f);
+    EXPECT_EQ(plain.alphaMode, AlphaMode::mask);
+    EXPECT_FLOAT_EQ(plain.alphaCutoff, 0.4f);
+    const ImportedMaterial& glass = materialNamed(scene, "Glass");
+    EXPECT_EQ(glass.alphaMode, AlphaMode::blend);
+    EXPECT_EQ(glass.baseColorFactor.w(), 1.0f);  // the opacity is not folded into the colour
+}
+
+TEST(MaterialFidelityTest, DisplayColorFollowsEachInterpolationUnlessAMaterialIsBound) {
+    const ImportedScene scene = importUsda(R"(#usda 1.0
+def Mesh "Constant"
+{
+    point3f[] points = [(0, 0, 0), (1, 0, 0), (0, 1, 0)]
+    int[] faceVertexCounts = [3]
+    int[] faceVertexIndices = [0, 1, 2]
+    color3f[] primvars:displayColor = [(1, 0, 0)] ( interpolation = "constant" )
+    float[] primvars:displayOpacity = [0.5] ( interpolation = "constant" )
+}
+def Mesh "Uniform"
+{
+    point3f[] points = [(0, 0, 0), (1, 0, 0), (0, 1, 0), (1, 1, 0)]
+    int[] faceVertexCounts = [3, 3]
+    int[] faceVertexIndices = [0, 1, 2, 1, 3, 2]
+    color3f[] primvars:displayColor = [(1, 0, 0), (0, 1, 0)] ( interpolation = "uniform" )
+}
+def Mesh "Vertex"
+{
+    point3f[] points = [(0, 0, 0), (1, 0, 0), (0, 1, 0)]
+    int[] faceVertexCounts = [3]
+    int[] faceVertexIndices = [0, 1, 2]
+    color3f[] primvars:displayColor = [(1, 0, 0), (0, 1, 0), (0, 0, 1)] ( interpolation = "vertex" )
+    float[] primvars:displayOpacity = [1, 0.5, 0.25] ( interpolation = "vertex" )
+}
+def Mesh "FaceVarying"
+{
+    point3f[] points = [(0, 0, 0), (1, 0, 0), (0, 1, 0)]
+    int[] faceVertexCounts = [3]
+    int[] faceVertexIndices = [0, 1, 2]
+    color3f[] primvars:displayColor = [(0, 0, 1), (1, 1, 1)] ( interpolation = "faceVarying" )
+    int[] primvars:displayColor:indices = [1, 0, 1]
+}
+def Mesh "Bound"
+{
+    rel material:binding = </Red>
+    point3f[] points = [(0, 0, 0), (1, 0, 0), (0, 1, 0)]
+    int[] faceVertexCounts = [3]
+    int[] faceVertexIndices = [0, 1, 2]
+    color3f[] primvars:displayColor = [(1, 0, 0)] ( interpolation = "constant" )
+    uniform bool doubleSided = 1
+}
+def Material "Red" {}
+)");
+    const QVector4D red(1, 0, 0, 1), green(0, 1, 0, 1), blue(0, 0, 1, 1), white(1, 1, 1, 1);
+    struct Case {
+        const char* mesh;
+        std::vector<QVector4D> colors;  // per vertex, in vertex order
+    };
+    const Case cases[] = {
+        {"Constant", {{1, 0, 0, 0.5f}, {1, 0, 0, 0.5f}, {1, 0, 0, 0.5f}}},
+        {"Uniform", {red, red, red, green, green, green}},  // one vertex per face corner
+        {"Vertex", {red, {0, 1, 0, 0.5f}, {0, 0, 1, 0.25f}}},
+        {"FaceVarying", {white, blue, white}},
+        {"Bound", {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.mesh);
+        const ImportedMesh& mesh = meshNamed(scene, c.mesh);
+        EXPECT_EQ(mesh.colors, c.colors);
+    }
+    EXPECT_TRUE(meshNamed(scene, "Bound").doubleSided);
+    EXPECT_FALSE(meshNamed(scene, "Vertex").doubleSided);
+}
+
+QByteArray pngOf(QColor color) {
+    QImage image(2, 2, QImage::Format_RGBA8888);
+    image.fill(color);
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return png;
+}
+
+// One triangle with two UV sets, colours and tangents, and a material using every
+// texture slot and the material extensions the importer reads (Debian's Assimp has no
+// KHR_materials_emissive_strength).
+QByteArray gltfWithEveryMaterialFact() {
+    const float positions[9] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+    const float normals[9] = {0, 0, 1, 0, 0, 1, 0, 0, 1};
+    const float tangents[12] = {1, 0, 0, 1, 1, 0, 0, -1, 1, 0, 0, 1};
+    const float uv0[6] = {0, 0, 1, 0, 0, 1};
+    const float uv1[6] = {0.5f, 0.5f, 1, 0.5f, 0.5f, 1};
+    const float colors[12] = {1, 0, 0, 1, 0, 1, 0, 0.5f, 0, 0, 1, 1};
+    QByteArray bin;
+    QJsonArray views, accessors;
+    const auto add = [&](const float* data, int floats, int count, const char* type) {
+        views.append(QJsonObject{{"buffer", 0}, {"byteOffset", bin.size()}, {"byteLength", floats * 4}});
+        QJsonObject accessor{{"bufferView", views.size() - 1}, {"componentType", 5126}, {"count", count}, {"type", type}};
+        if (views.size() == 1) accessor["min"] = QJsonArray{0, 0, 0}, accessor["max"] = QJsonArray{1, 1, 0};
+        accessors.append(accessor);
+        bin.append(reinterpret_cast<const char*>(data), floats * 4);
+    };
+    add(positions, 9, 3, "VEC3");
+    add(normals, 9, 3, "VEC3");
+    add(tangents, 12, 3, "VEC4");
+    add(uv0, 6, 3, "VEC2");
+    add(uv1, 6, 3, "VEC2");
+    add(colors, 12, 3, "VEC4");
+    const QJsonObject transform{{"offset", QJsonArray{0.25, 0.5}}, {"rotation", M_PI / 2}, {"scale", QJsonArray{2, 3}}};
+    const QJsonObject material{
+        {"name", "everything"},
+        {"pbrMetallicRoughness",
+         QJsonObject{{"baseColorFactor", QJsonArray{0.5, 0.5, 0.5, 0.6}},
+                     {"baseColorTexture", QJsonObject{{"index", 0}, {"extensions", QJsonObject{{"KHR_texture_transform", transform}}}}},
+                     {"metallicFactor", 0.3},
+                     {"roughnessFactor", 0.7},
+                     {"metallicRoughnessTexture", QJsonObject{{"index", 1}, {"texCoord", 1}}}}},
+        {"normalTexture", QJsonObject{{"index", 1}, {"scale", 0.5}}},
+        {"occlusionTexture", QJsonObject{{"index", 1}, {"strength", 0.25}}},
+        {"emissiveTexture", QJsonObject{{"index", 0}}},
+        {"emissiveFactor", QJsonArray{1, 0.5, 0}},
+        {"alphaMode", "MASK"},
+        {"alphaCutoff", 0.3},
+        {"doubleSided", true},
+    };
+    const QJsonObject unlit{{"name", "flat"},
+                            {"alphaMode", "BLEND"},
+                            {"extensions", QJsonObject{{"KHR_materials_unlit", QJsonObject{}}}}};
+    const QJsonObject gltf{
+        {"asset", QJsonObject{{"version", "2.0"}}},
+        {"extensionsUsed", QJsonArray{"KHR_texture_transform", "KHR_materials_unlit"}},
+        {"scene", 0},
+        {"scenes", QJsonArray{QJsonObject{{"nodes", QJsonArray{0, 1}}}}},
+        {"nodes", QJsonArray{QJsonObject{{"name", "a"}, {"mesh", 0}}, QJsonObject{{"name", "b"}, {"mesh", 1}}}},
+        {"meshes",
+         QJsonArray{QJsonObject{{"primitives",
+                                 QJsonArray{QJsonObject{{"attributes", QJsonObject{{"POSITION", 0}, {"NORMAL", 1}, {"TANGENT", 2},
+                                                                                   {"TEXCOORD_0", 3}, {"TEXCOORD_1", 4}, {"COLOR_0", 5}}},
+                                                        {"material", 0}}}}},
+                    QJsonObject{{"primitives", QJsonArray{QJsonObject{{"attributes", QJsonObject{{"POSITION", 0}}}, {"material", 1}}}}}}},
+        {"materials", QJsonArray{material, unlit}},
+        {"samplers", QJsonArray{QJsonObject{{"wrapS", 33071}, {"wrapT", 33648}}}},
+        {"textures", QJsonArray{QJsonObject{{"source", 0}, {"sampler", 0}}, QJsonObject{{"source", 1}}}},
+        {"images", QJsonArray{QJsonObject{{"uri", "data:image/png;base64," + QString::fromLatin1(pngOf(Qt::red).toBase64())}},
+                              QJsonObject{{"uri", "data:image/png;base64," + QString::fromLatin1(pngOf(Qt::blue).toBase64())}}}},
+        {"buffers", QJsonArray{QJsonObject{{"byteLength", bin.size()},
+                                           {"uri", "data:application/octet-stream;base64," + QString::fromLatin1(bin.toBase64())}}}},
+        {"bufferViews", views},
+        {"accessors", accessors},
+    };
+    return QJsonDocument(gltf).toJson();
+}
+
+TEST(MaterialFidelityTest, GltfMaterialExtensionsAndVertexStreamsArrive) {
+    const QByteArray gltf = gltfWithEveryMaterialFact();
+    const ImportedScene scene = importOk(AssimpImporter::importBytes(
+        std::span(reinterpret_cast<const std::uint8_t*>(gltf.constData()), static_cast<std::size_t>(gltf.size())), "gltf"));
+    ASSERT_EQ(scene.materials.size(), 2u);
+    const ImportedMaterial& m = materialNamed(scene, "everything");
+    EXPECT_EQ(m.baseColorFactor, QVector4D(0.5f, 0.5f, 0.5f, 0.6f));
+    EXPECT_FLOAT_EQ(m.opacity, 1.0f);
+    EXPECT_FLOAT_EQ(m.metallic, 0.3f);
+    EXPECT_FLOAT_EQ(m.roughness, 0.7f);
+    EXPECT_EQ(m.alphaMode, AlphaMode::mask);
+    EXPECT_FLOAT_EQ(m.alphaCutoff, 0.3f);
+    EXPECT_TRUE(m.doubleSided);
+    EXPECT_FALSE(m.unlit);
+    EXPECT_EQ(m.emissiveFactor, QVector3D(1, 0.5f, 0));
+    EXPECT_FLOAT_EQ(m.normalScale, 0.5f);
+    EXPECT_FLOAT_EQ(m.occlusionStrength, 0.25f);
+
+    struct Slot {
+        const char* name;
+        const std::optional<ImportedTextureRef>& ref;
+        int texture;
+        TextureChannel channel;
+        int texCoordSet;
+        TextureColorSpace colorSpace;
+    };
+    const Slot textured[] = {
+        {"base colour", m.baseColorTexture, 0, TextureChannel::rgba, 0, TextureColorSpace::srgb},
+        {"emissive", m.emissiveTexture, 0, TextureChannel::rgb, 0, TextureColorSpace::srgb},
+        {"roughness", m.roughnessTexture, 1, TextureChannel::g, 1, TextureColorSpace::raw},
+        {"metallic", m.metallicTexture, 1, TextureChannel::b, 1, TextureColorSpace::raw},
+        {"occlusion", m.occlusionTexture, 1, TextureChannel::r, 0, TextureColorSpace::raw},
+        {"normal", m.normalTexture, 1, TextureChannel::rgb, 0, TextureColorSpace::raw},
+    };
+    for (const Slot& slot : textured) {
+        SCOPED_TRACE(slot.name);
+        ASSERT_TRUE(slot.ref);
+        EXPECT_EQ(slot.ref->texture, slot.texture);
+        EXPECT_EQ(slot.ref->channel, slot.channel);
+        EXPECT_EQ(slot.ref->texCoordSet, slot.texCoordSet);
+        EXPECT_EQ(slot.ref->colorSpace, slot.colorSpace);
+    }
+    EXPECT_EQ(m.normalTexture->scale, QVector4D(2, 2, 2, 1));
+    EXPECT_EQ(m.normalTexture->bias, QVector4D(-1, -1, -1, 0));
+    EXPECT_EQ(m.baseColorTexture->wrapS, TextureWrap::clamp);
+    EXPECT_EQ(m.baseColorTexture->wrapT, TextureWrap::mirror);
+    EXPECT_EQ(m.roughnessTexture->wrapS, TextureWrap::repeat);
+
+    // glTF's transform is about the image's top-left corner with v down; in the kit's v-up
+    // coordinates a quarter turn becomes a quarter turn the other way, and the offset moves
+    // so that every point maps to the same texel: check that on three points.
+    const ImportedTextureTransform& t = m.baseColorTexture->transform;
+    EXPECT_NEAR(t.rotationDegrees, -90.0f, 1e-3f);
+    expectNear(t.scale, {2, 3});
+    const auto kit = [&](QVector2D uv) {
+        const float r = t.rotationDegrees * float(M_PI) / 180.0f;
+        const QVector2D s = uv * t.scale;
+        return t.offset + QVector2D(std::cos(r) * s.x() - std::sin(r) * s.y(), std::sin(r) * s.x() + std::cos(r) * s.y());
+    };
+    const auto gltfSpace = [](QVector2D uv) {  // glTF's own formula, on v-down coordinates
+        const QVector2D s(uv.x() * 2, uv.y() * 3);
+        return QVector2D(0.25f, 0.5f) + QVector2D(-s.y(), s.x());  // rotation by +90 degrees
+    };
+    for (const QVector2D uvUp : {QVector2D(0, 0), QVector2D(1, 0), QVector2D(0.3f, 0.8f)}) {
+        const QVector2D expected = gltfSpace({uvUp.x(), 1 - uvUp.y()});
+        expectNear(kit(uvUp), {expected.x(), 1 - expected.y()});
+    }
+
+    const ImportedMaterial& flat = materialNamed(scene, "flat");
+    EXPECT_TRUE(flat.unlit);
+    EXPECT_EQ(flat.alphaMode, AlphaMode::blend);
+
+    const ImportedMesh& mesh = scene.meshes.at(0);
+    ASSERT_EQ(mesh.texCoords1.size(), 3u);
+    expectNear(mesh.texCoords1[1], {1, 0.5f});  // v flipped: 1 - 0.5
+    ASSERT_EQ(mesh.colors.size(), 3u);
+    EXPECT_EQ(mesh.colors[1], QVector4D(0, 1, 0, 0.5f));
+    ASSERT_EQ(mesh.tangents.size(), 3u);
+    EXPECT_EQ(mesh.tangents[0].w(), 1.0f);
+    EXPECT_EQ(mesh.tangents[1].w(), -1.0f);
+}
+
+TEST(MaterialFidelityTest, CorpusTexturesShowTheirTransformsWrapModesAndTga) {
+    ORVANTA_CORPUS_FILE(arrows, "usdz/TextureTransformTest.usdz");
+    const ImportedScene transforms = importOk(usd::UsdImporter::importFile(arrows.string()));
+    // Each material's transform as its UsdTransform2d states it (checked against the text).
+    const std::pair<const char*, ImportedTextureTransform> expected[] = {
+        {"Offset_U", {{0.5f, 0}, 0, {1, 1}}},
+        {"Offset_V", {{0, -0.5f}, 0, {1, 1}}},
+        {"Offset_UV", {{0.5f, -0.5f}, 0, {1, 1}}},
+    };
+    for (const auto& [prefix, transform] : expected) {
+        SCOPED_TRACE(prefix);
+        const ImportedMaterial* found = nullptr;
+        for (const ImportedMaterial& material : transforms.materials)
+            if (material.name.rfind(prefix, 0) == 0 && material.name.size() == std::strlen(prefix) + 6) found = &material;
+        ASSERT_NE(found, nullptr);
+        ASSERT_TRUE(found->baseColorTexture);
+        EXPECT_EQ(found->baseColorTexture->transform, transform);
+        EXPECT_EQ(found->baseColorTexture->wrapS, TextureWrap::clamp);
+        EXPECT_EQ(found->baseColorTexture->channel, TextureChannel::rgb);
+    }
+
+    ORVANTA_CORPUS_FILE(roughness, "usdz/RoughnessTest.usdz");
+    const ImportedScene rough = importOk(usd::UsdImporter::importFile(roughness.string()));
+    bool decodedTga = false;
+    for (const ImportedTexture& texture : rough.textures) {
+        if (!QString::fromStdString(texture.uri).endsWith(".tga", Qt::CaseInsensitive)) continue;
+        EXPECT_FALSE(texture.decode().isNull());
+        decodedTga = true;
+    }
+    EXPECT_TRUE(decodedTga);
+}
+
+} // namespace
+} // namespace orvanta::import

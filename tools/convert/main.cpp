@@ -1,0 +1,89 @@
+// orvanta-convert [--text] IN OUT
+// Imports IN the way the kit does (any format it reads) and writes OUT: a USDZ package
+// (crate layer, or text with --text) when OUT ends in .usdz, a binary glTF when it ends in
+// .glb. Prints what was written and every fact of the model the output cannot carry,
+// including glTF extensions the kit does not read. Exit status 0 when OUT is written, 1 when
+// reading or writing fails (the error on standard error), 2 for a wrong command line.
+
+#include "export/GlbWriter.h"
+#include "export/UsdzWriter.h"
+#include "import/SceneImporter.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+using orvanta::exporter::GlbWriter;
+using orvanta::exporter::UsdzWriter;
+
+// The glTF JSON of a .gltf file or of a GLB's first chunk; empty for anything else.
+QJsonObject gltfJson(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    const QByteArray bytes = file.readAll();
+    if (bytes.startsWith("glTF") && bytes.size() >= 20) {
+        quint32 length = 0;
+        std::memcpy(&length, bytes.constData() + 12, 4);
+        return QJsonDocument::fromJson(bytes.mid(20, static_cast<qsizetype>(length))).object();
+    }
+    return QJsonDocument::fromJson(bytes).object();
+}
+
+// Extensions the file uses that the kit's import does not read.
+std::vector<std::string> unreadExtensions(const QString& path) {
+    static const QStringList read = {"KHR_texture_transform", "KHR_materials_unlit"};
+    std::vector<std::string> notes;
+    for (const QJsonValue& name : gltfJson(path).value("extensionsUsed").toArray())
+        if (!read.contains(name.toString())) notes.push_back("glTF extension " + name.toString().toStdString() + " is not read");
+    return notes;
+}
+
+int fail(const std::string& path, const orvanta::core::Error& error) {
+    std::fprintf(stderr, "%s: error: domain %s, code %d: %s\n", path.c_str(), error.domain().c_str(), error.code(),
+                 error.localizedDescription().c_str());
+    return 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    const bool text = std::erase(arguments, "--text") > 0;
+    if (arguments.size() != 2) {
+        std::fprintf(stderr, "usage: %s [--text] IN OUT   (OUT: .usdz or .glb)\n", argv[0]);
+        return 2;
+    }
+    const std::string& in = arguments[0];
+    const std::string& out = arguments[1];
+    const QString suffix = QFileInfo(QString::fromStdString(out)).suffix().toLower();
+    if (suffix != "usdz" && suffix != "glb") {
+        std::fprintf(stderr, "%s: the output must end in .usdz or .glb\n", out.c_str());
+        return 2;
+    }
+    const auto scene = orvanta::import::SceneImporter::importFile(in);
+    if (!scene) return fail(in, scene.error());
+
+    std::vector<std::string> notes = unreadExtensions(QString::fromStdString(in));
+    if (suffix == "usdz") {
+        const auto report = UsdzWriter::write(scene.value(), out, text ? UsdzWriter::Layer::text : UsdzWriter::Layer::crate);
+        if (!report) return fail(out, report.error());
+        notes.insert(notes.end(), report->notes.begin(), report->notes.end());
+    } else {
+        const auto report = GlbWriter::write(scene.value(), out);
+        if (!report) return fail(out, report.error());
+        notes.insert(notes.end(), report->notes.begin(), report->notes.end());
+    }
+    std::printf("%s -> %s: %zu meshes, %zu materials, %zu textures\n", in.c_str(), out.c_str(), scene->meshes.size(),
+                scene->materials.size(), scene->textures.size());
+    for (const std::string& note : notes) std::printf("  not carried over: %s\n", note.c_str());
+    return 0;
+}
