@@ -5,7 +5,6 @@
 #include <QBuffer>
 #include <QImage>
 #include <QtQuick3D/private/qquick3dmodel_p.h>
-#include <QtQuick3D/private/qquick3dprincipledmaterial_p.h>
 
 #include <algorithm>
 #include <cmath>
@@ -41,23 +40,16 @@ reality::Material shadowMaterial() {
     }();
     reality::PhysicallyBasedMaterial material;
     material.baseColorTint = Qt::black;
-    material.baseColorTexture = falloff;
-    material.roughness = 1.0f;
+    material.baseColorTexture = reality::MaterialTexture::of(falloff, import::TextureChannel::rgba);
+    material.unlit = true;
+    material.alphaMode = import::AlphaMode::blend; // it only darkens what lies under it
     return material;
 }
 
 } // namespace
 
 ContactShadow::ContactShadow(RenderResources& resources, QQuick3DNode* anchorNode)
-    : quad_(resources, anchorNode, reality::MeshResource::generatePlane(1.0f, 1.0f)->sharedMesh(), {shadowMaterial()}) {
-    // Unlit and blended: the patch only darkens what lies under it.
-    auto materials = quad_.model()->materials();
-    if (auto* material = qobject_cast<QQuick3DPrincipledMaterial*>(materials.at(&materials, 0))) {
-        material->setLighting(QQuick3DPrincipledMaterial::NoLighting);
-        material->setAlphaMode(QQuick3DPrincipledMaterial::Blend);
-        material->setDepthDrawMode(QQuick3DMaterial::NeverDepthDraw);
-    }
-}
+    : quad_(resources, anchorNode, reality::MeshResource::generatePlane(1.0f, 1.0f)->sharedMesh(), {shadowMaterial()}) {}
 
 void ContactShadow::follow(const reality::Entity& anchor) {
     reality::BoundingBox footprint;

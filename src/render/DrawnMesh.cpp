@@ -1,5 +1,6 @@
 #include "render/DrawnMesh.h"
 
+#include <QtQuick3D/private/qquick3dmaterial_p.h>
 #include <QtQuick3D/private/qquick3dmodel_p.h>
 
 namespace orvanta::render {
@@ -20,7 +21,10 @@ DrawnMesh::DrawnMesh(RenderResources& resources, QQuick3DNode* parent,
     for (int part = 0; part < parts; ++part) {
         const reality::Material material =
             std::size_t(part) < materials.size() ? materials[std::size_t(part)] : reality::Material(reality::SimpleMaterial{});
-        list.append(&list, resources.materials().make(material, model_, textures_));
+        QQuick3DMaterial* made = resources.materials().make(material, model_, textures_);
+        // A mesh marked double-sided shows both faces whatever its material says.
+        if (mesh->doubleSided) made->setCullMode(QQuick3DMaterial::NoCulling);
+        list.append(&list, made);
     }
 }
 

@@ -28,28 +28,55 @@ MeshGeometry::MeshGeometry(std::shared_ptr<const import::ImportedMesh> mesh, QQu
     const import::ImportedMesh& m = *mesh_;
     const std::size_t count = m.positions.size();
     const bool hasNormals = m.normals.size() == count;
+    const bool hasTangents = hasNormals && m.tangents.size() == count;
     const bool hasUVs = m.texCoords.size() == count;
+    const bool hasUVs1 = m.texCoords1.size() == count;
+    const bool hasColors = m.colors.size() == count;
 
-    // Layout: position (3 floats), normal (3), uv (2).
-    int stride = 3 * sizeof(float);
-    const int normalOffset = stride;
-    if (hasNormals) stride += 3 * sizeof(float);
-    const int uvOffset = stride;
-    if (hasUVs) stride += 2 * sizeof(float);
+    // Interleaved: position, normal, tangent and binormal, uv0, uv1, colour, each only when
+    // the mesh has it. Quick 3D takes the binormal as its own stream; it comes from the
+    // tangent's handedness.
+    int stride = 0;
+    const auto slot = [&stride](bool present, int floats) {
+        const int offset = stride;
+        if (present) stride += floats * int(sizeof(float));
+        return offset;
+    };
+    const int positionOffset = slot(true, 3);
+    const int normalOffset = slot(hasNormals, 3);
+    const int tangentOffset = slot(hasTangents, 3);
+    const int binormalOffset = slot(hasTangents, 3);
+    const int uvOffset = slot(hasUVs, 2);
+    const int uv1Offset = slot(hasUVs1, 2);
+    const int colorOffset = slot(hasColors, 4);
 
     QByteArray vertices(qsizetype(count) * stride, Qt::Uninitialized);
     char* out = vertices.data();
     for (std::size_t i = 0; i < count; ++i, out += stride) {
-        std::memcpy(out, &m.positions[i], 3 * sizeof(float));
+        std::memcpy(out + positionOffset, &m.positions[i], 3 * sizeof(float));
         if (hasNormals) std::memcpy(out + normalOffset, &m.normals[i], 3 * sizeof(float));
+        if (hasTangents) {
+            const QVector3D tangent = m.tangents[i].toVector3D();
+            const QVector3D binormal = QVector3D::crossProduct(m.normals[i], tangent) * m.tangents[i].w();
+            std::memcpy(out + tangentOffset, &tangent, 3 * sizeof(float));
+            std::memcpy(out + binormalOffset, &binormal, 3 * sizeof(float));
+        }
         if (hasUVs) std::memcpy(out + uvOffset, &m.texCoords[i], 2 * sizeof(float));
+        if (hasUVs1) std::memcpy(out + uv1Offset, &m.texCoords1[i], 2 * sizeof(float));
+        if (hasColors) std::memcpy(out + colorOffset, &m.colors[i], 4 * sizeof(float));
     }
     setVertexData(vertices);
     setStride(stride);
     setPrimitiveType(PrimitiveType::Triangles);
-    addAttribute(Attribute::PositionSemantic, 0, Attribute::F32Type);
+    addAttribute(Attribute::PositionSemantic, positionOffset, Attribute::F32Type);
     if (hasNormals) addAttribute(Attribute::NormalSemantic, normalOffset, Attribute::F32Type);
+    if (hasTangents) {
+        addAttribute(Attribute::TangentSemantic, tangentOffset, Attribute::F32Type);
+        addAttribute(Attribute::BinormalSemantic, binormalOffset, Attribute::F32Type);
+    }
     if (hasUVs) addAttribute(Attribute::TexCoord0Semantic, uvOffset, Attribute::F32Type);
+    if (hasUVs1) addAttribute(Attribute::TexCoord1Semantic, uv1Offset, Attribute::F32Type);
+    if (hasColors) addAttribute(Attribute::ColorSemantic, colorOffset, Attribute::F32Type);
 
     // The index buffer is the mesh's own; Quick 3D copies it to the GPU when it syncs.
     setIndexData(QByteArray::fromRawData(reinterpret_cast<const char*>(m.indices.data()),

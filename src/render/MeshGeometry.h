@@ -1,6 +1,7 @@
 #pragma once
 // An imported triangle mesh as Quick 3D custom geometry: one interleaved vertex stream
-// (position, and normal, texture coordinates and colour where the mesh has them) and the
+// (position, and normal, tangent frame, both texture-coordinate sets and vertex colour where
+// the mesh has them) and the
 // mesh's own 32-bit index buffer, viewed in place, with one subset per material part.
 // Thread: main thread (a Quick 3D object).
 

@@ -99,7 +99,7 @@ void SimulatedRoomFeed::addBox(RenderResources& resources, QQuick3DNode* parent,
 
 void SimulatedRoomFeed::attach(RenderResources& resources, QQuick3DNode* world, QQuickItem*) {
     reality::PhysicallyBasedMaterial wood = plain(Qt::white, 0.8f);
-    wood.baseColorTexture = woodTexture();
+    wood.baseColorTexture = reality::MaterialTexture::of(woodTexture());
     const reality::Material floor = plain(QColor(150, 142, 132), 0.9f);
     const reality::Material wall = plain(QColor(226, 220, 208), 0.95f);
     const reality::Material legs = plain(QColor(110, 70, 40), 0.6f);

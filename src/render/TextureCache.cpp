@@ -4,7 +4,6 @@
 
 #include <QQuick3DTextureData>
 #include <QThreadPool>
-#include <QtQuick3D/private/qquick3dtexture_p.h>
 
 namespace orvanta::render {
 
@@ -12,50 +11,43 @@ TextureCache::TextureCache(QQuick3DObject* resourceParent) : resourceParent_(res
 
 TextureCache::~TextureCache() { *alive_ = false; }
 
-TextureCache::Handle TextureCache::texture(const import::ImportedTexture& image) {
+TextureCache::Handle TextureCache::pixels(const import::ImportedTexture& image) {
     const Key key{image.encoded.constData(), image.encoded.size()};
-    if (const auto it = textures_.find(key); it != textures_.end())
-        if (auto found = it->second.texture.lock()) return found;
+    if (const auto it = entries_.find(key); it != entries_.end())
+        if (auto found = it->second.data.lock()) return found;
 
-    auto* texture = new QQuick3DTexture();
-    texture->setParentItem(resourceParent_);
-    texture->setGenerateMipmaps(true);
-    texture->setMipFilter(QQuick3DTexture::Linear);
-    // Imported texture coordinates put (0, 0) at the image's bottom-left corner, as Quick 3D
-    // does for the images it loads; decoded rows come top row first, so they are flipped.
-    texture->setFlipV(true);
-    Handle handle(texture, [this, alive = alive_, key](QQuick3DTexture* t) {
-        if (*alive) textures_.erase(key);
-        if (auto* data = t->textureData()) data->deleteLater();
-        t->deleteLater();
+    auto* data = new QQuick3DTextureData();
+    data->setParentItem(resourceParent_);
+    Handle handle(data, [this, alive = alive_, key](QQuick3DTextureData* d) {
+        if (*alive) entries_.erase(key);
+        d->deleteLater();
     });
-    textures_[key] = Entry{handle, image};
+    entries_[key] = Entry{handle, image};
 
     ++pending_;
     // The copy of `image` keeps its bytes alive while the worker reads them.
     QThreadPool::globalInstance()->start([this, alive = alive_, image, key] {
         QImage decoded = image.decode();
+        const bool transparency = decoded.hasAlphaChannel();
         if (!decoded.isNull()) decoded = std::move(decoded).convertToFormat(QImage::Format_RGBA8888);
         QMetaObject::invokeMethod(
-            this, [this, alive, key, decoded] { if (*alive) this->decoded(key, decoded); }, Qt::QueuedConnection);
+            this, [this, alive, key, decoded, transparency] { if (*alive) this->decoded(key, decoded, transparency); },
+            Qt::QueuedConnection);
     });
     return handle;
 }
 
-void TextureCache::decoded(const Key& key, const QImage& image) {
+void TextureCache::decoded(const Key& key, const QImage& image, bool transparency) {
     --pending_;
-    if (const auto it = textures_.find(key); it != textures_.end()) {
-        if (const auto texture = it->second.texture.lock()) {
+    if (const auto it = entries_.find(key); it != entries_.end()) {
+        if (const auto data = it->second.data.lock()) {
             if (image.isNull()) {
                 core::Log::print("Texture could not be decoded: " + it->second.image.uri);
             } else {
-                auto* data = new QQuick3DTextureData();
-                data->setParentItem(resourceParent_);
                 data->setSize(image.size());
                 data->setFormat(QQuick3DTextureData::RGBA8);
-                data->setHasTransparency(image.hasAlphaChannel());
+                data->setHasTransparency(transparency);
                 data->setTextureData(QByteArray(reinterpret_cast<const char*>(image.constBits()), image.sizeInBytes()));
-                texture->setTextureData(data);
             }
         }
     }

@@ -1,8 +1,9 @@
 #pragma once
-// Decoded textures for the Quick 3D scenes of one view. Each distinct encoded image is
-// decoded once, on a worker thread, and becomes one Quick 3D texture shared by every
-// material that uses it; a material shows its plain colours until its images arrive.
-// A texture lives as long as some user holds its handle.
+// Decoded images for the Quick 3D scenes of one view. Each distinct encoded image is decoded
+// once, on a worker thread, into one Quick 3D texture-data object that every texture using
+// the image shares; the object exists at once and receives its pixels when they are ready,
+// so a material shows its plain colours until then. Data lives as long as some user holds
+// its handle.
 // Thread: main thread; decoding runs on the global thread pool.
 
 #include "import/ImportedScene.h"
@@ -15,7 +16,7 @@
 #include <utility>
 
 class QQuick3DObject;
-class QQuick3DTexture;
+class QQuick3DTextureData;
 
 namespace orvanta::render {
 
@@ -23,16 +24,15 @@ class TextureCache : public QObject {
     Q_OBJECT
 
 public:
-    // Keeps a texture alive; its Quick 3D objects are deleted when the last handle goes.
-    using Handle = std::shared_ptr<QQuick3DTexture>;
+    // Keeps the pixels of an image alive; its Quick 3D object is deleted with the last handle.
+    using Handle = std::shared_ptr<QQuick3DTextureData>;
 
-    // Textures join the scene under `resourceParent` (an object of the scene that shows them);
-    // their handles own them.
+    // Data joins the scene under `resourceParent` (an object of the scene that shows it).
     explicit TextureCache(QQuick3DObject* resourceParent);
     ~TextureCache() override;
 
-    // The texture showing `image`; decoding starts on first use.
-    Handle texture(const import::ImportedTexture& image);
+    // The pixels of `image`; decoding starts on first use.
+    Handle pixels(const import::ImportedTexture& image);
     // Images whose decoding has not finished yet.
     int pendingDecodes() const { return pending_; }
 
@@ -42,15 +42,15 @@ signals:
 
 private:
     using Key = std::pair<const char*, qsizetype>;
-    void decoded(const Key& key, const QImage& image);
+    void decoded(const Key& key, const QImage& image, bool transparency);
 
-    QPointer<QQuick3DObject> resourceParent_;
-    // The image is kept with its texture so that its bytes, and so the key, stay unique.
+    // The image is kept with its data so that its bytes, and so the key, stay unique.
     struct Entry {
-        std::weak_ptr<QQuick3DTexture> texture;
+        std::weak_ptr<QQuick3DTextureData> data;
         import::ImportedTexture image;
     };
-    std::map<Key, Entry> textures_;
+    QPointer<QQuick3DObject> resourceParent_;
+    std::map<Key, Entry> entries_;
     int pending_ = 0;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };

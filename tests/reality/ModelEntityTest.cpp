@@ -63,7 +63,7 @@ TEST(ModelEntityTest, ImportedSceneBecomesAMirroringTreeThatSharesItsData) {
     const auto& pbr = std::get<PhysicallyBasedMaterial>(plate->model()->materials[0]);
     EXPECT_FLOAT_EQ(pbr.roughness, 0.2f);
     ASSERT_TRUE(pbr.baseColorTexture);
-    EXPECT_EQ(pbr.baseColorTexture->encoded, QByteArray("png bytes"));
+    EXPECT_EQ(pbr.baseColorTexture->image.encoded, QByteArray("png bytes"));
 
     // Several meshes: node children first, then one part per mesh; nodes share mesh resources.
     EXPECT_FALSE(cup->model());
@@ -108,4 +108,58 @@ TEST(ModelEntityTest, GeneratedBoxIsClosedAndFacesOutward) {
 }
 
 } // namespace
+} // namespace orvanta::reality
+
+namespace orvanta::reality {
+
+TEST(ModelEntityTest, EveryImportedMaterialInputReachesTheEntitysMaterial) {
+    import::ImportedScene scene;
+    scene.textures.push_back({"orm.png", QByteArray("orm"), nullptr});
+    const auto ref = [](import::TextureChannel channel, int set) {
+        import::ImportedTextureRef r{0};
+        r.channel = channel;
+        r.texCoordSet = set;
+        r.transform.rotationDegrees = 90.0f;
+        r.wrapS = import::TextureWrap::mirror;
+        return r;
+    };
+    import::ImportedMaterial m;
+    m.baseColorFactor = {0.5f, 0.5f, 0.5f, 0.4f};
+    m.occlusionTexture = ref(import::TextureChannel::r, 1);
+    m.occlusionStrength = 0.7f;
+    m.roughnessTexture = ref(import::TextureChannel::g, 0);
+    m.metallicTexture = ref(import::TextureChannel::b, 0);
+    m.opacityTexture = ref(import::TextureChannel::a, 0);
+    m.normalTexture = ref(import::TextureChannel::rgb, 0);
+    m.normalScale = 0.5f;
+    m.emissiveFactor = {1.0f, 0.5f, 0.0f};
+    m.emissiveStrength = 4.0f;
+    m.alphaMode = import::AlphaMode::mask;
+    m.alphaCutoff = 0.3f;
+    m.doubleSided = true;
+    m.unlit = true;
+    const auto pbr = PhysicallyBasedMaterial::fromImported(scene, m);
+
+    EXPECT_NEAR(pbr.baseColorTint.redF(), 0.7354, 1e-3); // linear 0.5 as sRGB
+    EXPECT_NEAR(pbr.baseColorTint.alphaF(), 0.4, 1e-3);
+    ASSERT_TRUE(pbr.occlusionTexture && pbr.roughnessTexture && pbr.metallicTexture && pbr.opacityTexture);
+    EXPECT_EQ(pbr.occlusionTexture->sampling.channel, import::TextureChannel::r);
+    EXPECT_EQ(pbr.occlusionTexture->sampling.texCoordSet, 1);
+    EXPECT_FLOAT_EQ(pbr.occlusionStrength, 0.7f);
+    EXPECT_EQ(pbr.roughnessTexture->sampling.channel, import::TextureChannel::g);
+    EXPECT_EQ(pbr.metallicTexture->sampling.channel, import::TextureChannel::b);
+    EXPECT_EQ(pbr.opacityTexture->sampling.wrapS, import::TextureWrap::mirror);
+    EXPECT_FLOAT_EQ(pbr.opacityTexture->sampling.transform.rotationDegrees, 90.0f);
+    EXPECT_FLOAT_EQ(pbr.normalScale, 0.5f);
+    EXPECT_FLOAT_EQ(pbr.emissiveIntensity, 4.0f);
+    EXPECT_EQ(pbr.alphaMode, import::AlphaMode::mask);
+    EXPECT_FLOAT_EQ(pbr.alphaCutoff, 0.3f);
+    EXPECT_TRUE(pbr.doubleSided);
+    EXPECT_TRUE(pbr.unlit);
+
+    // An opaque material ignores its alpha.
+    m.alphaMode = import::AlphaMode::opaque;
+    EXPECT_EQ(PhysicallyBasedMaterial::fromImported(scene, m).baseColorTint.alphaF(), 1.0);
+}
+
 } // namespace orvanta::reality

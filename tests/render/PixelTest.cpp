@@ -170,6 +170,7 @@ TEST(ThreeDViewerPixels, EmissiveAndTransparentMaterialsShowAsSuch) {
     import::ImportedMaterial glass;
     glass.baseColorFactor = QVector4D(0, 0, 1, 1);
     glass.opacity = 0.35f;
+    glass.alphaMode = import::AlphaMode::blend;
     ThreeDWindow transparent(box(0.3f, glass));
     const QImage seeThrough = transparent.picture();
     // Blue over the light background: neither the background nor an opaque blue.
