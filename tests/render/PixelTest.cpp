@@ -178,6 +178,18 @@ TEST(ThreeDViewerPixels, EmissiveAndTransparentMaterialsShowAsSuch) {
     EXPECT_GT(tinted.count, kViewSize.width() * kViewSize.height() / 20);
 }
 
+TEST(ThreeDViewerPixels, VertexColoursTintTheBaseColour) {
+    SKIP_WITHOUT_GL();
+    import::ImportedMaterial white;
+    auto scene = std::make_shared<import::ImportedScene>(*box(0.3f, white));
+    auto& mesh = scene->meshes[0];
+    mesh.colors.assign(mesh.positions.size(), QVector4D(0.05f, 0.6f, 0.05f, 1.0f));
+    ThreeDWindow viewer(scene);
+    const QImage picture = viewer.picture();
+    EXPECT_GT(find(picture, [](QRgb p) { return qGreen(p) > qRed(p) + 60 && qGreen(p) > qBlue(p) + 60; }).count,
+              kViewSize.width() * kViewSize.height() / 20);
+}
+
 TEST(ThreeDViewerPixels, ATexturedCorpusModelShowsItsTexture) {
     SKIP_WITHOUT_GL();
     ORVANTA_CORPUS_FILE(path, "glb/Duck.glb");
