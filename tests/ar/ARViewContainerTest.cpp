@@ -103,6 +103,8 @@ TEST_F(ARViewContainerTest, ModelIsAnchoredOnceALargeEnoughPlaneAppearsAndASecon
     ASSERT_EQ(view->scene().anchors().size(), 1u); // the focus square went with the old anchors
     auto anchor = view->scene().anchors()[0];
     EXPECT_EQ(dish->parent(), anchor);
+    EXPECT_EQ(anchor->scale(), QVector3D(0.5f, 0.5f, 0.5f)); // half size, on the anchor
+    EXPECT_EQ(dish->scale(), QVector3D(1.0f, 1.0f, 1.0f));
     EXPECT_FALSE(anchor->isAnchored());
 
     // Tracking is normal at 1.2 s and the table is seen from 1.7 s, but only 0.1 m wide.
@@ -137,4 +139,34 @@ TEST_F(ARViewContainerTest, SessionFailureResetsTheSessionAndClearsTheAnchors) {
     EXPECT_TRUE(view->scene().anchors().empty()); // the model and the new focus square alike
     EXPECT_TRUE(view->session()->isRunning());
     EXPECT_EQ(trackingState.get(), TrackingStateEnum::notTracking); // tracking starts over
+}
+
+TEST_F(ARViewContainerTest, TwoModelsInOneTurnLeaveOneAnchorHoldingTheSecond) {
+    show();
+    const auto first = makeDish(), second = makeDish();
+    modelEntity.set(first);
+    container().updateUIView(view, context);
+    modelEntity.set(second);
+    container().updateUIView(view, context);
+    mainQueue()->runPending();
+    ASSERT_EQ(view->scene().anchors().size(), 1u);
+    EXPECT_EQ(second->parent(), view->scene().anchors()[0]);
+    EXPECT_EQ(first->parent(), nullptr);
+}
+
+TEST_F(ARViewContainerTest, PlaneDiscoveryCoachesInOrderAndAnInterruptionPausesTheSession) {
+    const double start = mainQueue()->now();
+    script.interruptions.push_back({start + 5.0, start + 6.0});
+    show();
+    advance(4.0); // tracking normal and the table found
+    std::vector<std::string> coaching;
+    for (const auto& line : log.lines())
+        if (line.rfind("Coaching session", 0) == 0) coaching.push_back(line);
+    EXPECT_EQ(coaching, (std::vector<std::string>{"Coaching session will activate", "Coaching session activated",
+                                                  "Coaching session will deactivate", "Coaching session deactivated"}));
+
+    advance(1.5);
+    const auto lines = log.lines();
+    EXPECT_NE(std::find(lines.begin(), lines.end(), "ARSession was interrupted"), lines.end());
+    EXPECT_FALSE(view->session()->isRunning());
 }

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace orvanta::arsession {
 namespace {
 
@@ -86,6 +88,19 @@ TEST(ARSessionTest, InterruptionStopsFramesAndResumesWithRelocalization) {
     EXPECT_EQ(eventsSince(*s.delegate, mark), (std::vector<std::string>{"interrupted", "interruption ended",
                                                                          "tracking limited(relocalizing)",
                                                                          "add floor", "tracking normal"}));
+}
+
+TEST(ARSessionTest, PausingDuringAnInterruptionStillReportsItsEnd) {
+    SimulatedWorld::Script script;
+    script.interruptions = {{2.0, 3.0}};
+    SimulatedSession s(script);
+    s.session->run(SimulatedSession::horizontalPlanes());
+    s.clock->advance(2.5);
+    const std::size_t mark = s.delegate->events.size();
+    s.session->pause();
+    s.clock->advance(1.0);
+    const auto events = eventsSince(*s.delegate, mark);
+    EXPECT_NE(std::find(events.begin(), events.end(), "interruption ended"), events.end());
 }
 
 TEST(ARSessionTest, FailureReachesTheDelegateAndStopsTheSessionUntilRunAgain) {

@@ -87,6 +87,10 @@ TEST(SimulatedWorldTest, EstimatedPlanesAreHitBeforeAnyAnchorButNotWithoutTracki
     EXPECT_NEAR(hits[0].distance, 1.25f, 1e-5f);
     EXPECT_NEAR(hits[1].position().y(), 0.0f, 1e-6f);
     EXPECT_TRUE(s.session->raycast(downAt(0, -0.6f, Target::existingPlaneGeometry)).empty());
+    // A ray from above the table that points up hits nothing behind its origin.
+    ARRaycastQuery up = downAt(0, -0.6f, Target::estimatedPlane);
+    up.direction = -up.direction;
+    EXPECT_TRUE(s.session->raycast(up).empty());
 }
 
 TEST(SimulatedWorldTest, ExistingGeometryIsBoundedAndInfiniteIsNot) {

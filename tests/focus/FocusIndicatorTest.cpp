@@ -179,3 +179,29 @@ TEST_F(FocusIndicatorTest, OffAPlaneTheSquareEasesTowardsTheHitInsteadOfJumping)
     EXPECT_LT(after, 0.999f);   // …without getting there in one frame
     EXPECT_TRUE(indicator->isChangingAlignment());
 }
+
+TEST_F(FocusIndicatorTest, PlaneChangesReportNewThenOldAndOneVerticalHitDoesNotFlipTheSquare) {
+    struct PlaneRecorder : focus::FocusIndicatorDelegate {
+        std::vector<std::pair<QUuid, QUuid>> changes; // (new, old)
+        void focusIndicatorPlaneChanged(FocusIndicator&, const arsession::ARPlaneAnchor* plane,
+                                        const arsession::ARPlaneAnchor* oldPlane) override {
+            changes.emplace_back(plane ? plane->identifier : QUuid(), oldPlane ? oldPlane->identifier : QUuid());
+        }
+    };
+    const auto recorder = std::make_shared<PlaneRecorder>();
+    indicator->setDelegate(recorder);
+    auto onA = planeHit({0, 0, -1});
+    auto onB = planeHit({0, 0, -1.1f});
+    onB.anchor->identifier = QUuid(2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
+    indicator->setState(State::tracking(onA, std::nullopt));
+    indicator->setState(State::tracking(onB, std::nullopt));
+    ASSERT_EQ(recorder->changes.size(), 2u);
+    EXPECT_EQ(recorder->changes[1], std::make_pair(onB.anchor->identifier, onA.anchor->identifier));
+
+    for (int i = 0; i < 20; ++i) indicator->setState(State::tracking(offPlaneHit({0, 0, -1.0f - 0.001f * i}), std::nullopt));
+    ASSERT_EQ(indicator->currentAlignment(), arsession::ARPlaneAnchor::Alignment::horizontal);
+    auto vertical = offPlaneHit({0, 0, -1.5f});
+    vertical.targetAlignment = arsession::ARRaycastQuery::TargetAlignment::vertical;
+    indicator->setState(State::tracking(vertical, std::nullopt));
+    EXPECT_EQ(indicator->currentAlignment(), arsession::ARPlaneAnchor::Alignment::horizontal);
+}

@@ -49,6 +49,20 @@ void expectNear(QPointF actual, QPointF expected, double tolerance = 0.5) {
     EXPECT_NEAR(actual.y(), expected.y(), tolerance);
 }
 
+TEST_F(ViewTest, ATapPicksTheNearestOfTwoEntitiesOnItsRay) {
+    // A second box on the same line of sight, further from the camera than the model.
+    const QVector3D camera = view.session()->currentFrame()->camera.position();
+    const QVector3D target = model->position(nullptr);
+    auto farther = std::make_shared<ModelEntity>(MeshResource::generateBox(0.2f), std::vector<Material>{SimpleMaterial{}});
+    auto world = std::make_shared<AnchorEntity>();
+    world->setPosition(target + (target - camera).normalized() * 0.5f);
+    world->addChild(farther);
+    farther->generateCollisionShapes(true);
+    view.scene().anchors().append(world);
+    clock->advance(1.0 / 60.0);
+    EXPECT_EQ(view.entity(onScreen(target)), model);
+}
+
 TEST_F(ViewTest, DragMovesTheModelUnderTheFingerAcrossTheTable) {
     const QPointF start = onScreen(model->position(nullptr));
     EXPECT_EQ(view.entity(start), model);
