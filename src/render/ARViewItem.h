@@ -61,8 +61,8 @@ private:
     void forward(reality::TouchEvent::Phase phase, std::vector<QPointF> points);
 
     QQuickItem* background_;
-    QQuick3DViewport* viewport_;
-    QQuick3DPerspectiveCamera* camera_;
+    QQuick3DViewport* viewport_ = nullptr;
+    QQuick3DPerspectiveCamera* camera_ = nullptr;
     QQuick3DNode* world_;
     CoachingOverlayItem* coaching_;
     std::unique_ptr<RenderResources> resources_;

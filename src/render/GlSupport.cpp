@@ -3,7 +3,6 @@
 #include <QGuiApplication>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
-#include <QOpenGLFunctions>
 
 namespace orvanta::render {
 

@@ -55,8 +55,8 @@ private:
     void placeCamera();
     bool controlling() const { return view_ && view_->allowsCameraControl(); }
 
-    QQuick3DViewport* viewport_;
-    QQuick3DPerspectiveCamera* camera_;
+    QQuick3DViewport* viewport_ = nullptr;
+    QQuick3DPerspectiveCamera* camera_ = nullptr;
     QQuick3DDirectionalLight* light_;
     QQuick3DNode* root_;
     std::unique_ptr<RenderResources> resources_;
