@@ -47,7 +47,6 @@ private:
     std::uint64_t value(const UsdPlanValue& v) {
         if (const auto* b = std::get_if<bool>(&v)) return rep(tBool, *b ? 1 : 0, isInlined);
         if (const auto* f = std::get_if<float>(&v)) return rep(tFloat, std::bit_cast<std::uint32_t>(*f), isInlined);
-        if (const auto* d = std::get_if<double>(&v)) return rep(tDouble, w_.put(*d));
         if (const auto* t = std::get_if<UsdToken>(&v)) return w_.tokenInline(t->text);
         if (const auto* a = std::get_if<UsdAssetPath>(&v)) return rep(tAsset, w_.token(a->path), isInlined);
         if (const auto* v2 = std::get_if<QVector2D>(&v)) { const float c[2] = {v2->x(), v2->y()}; return floats(tVec2f, c, 2); }

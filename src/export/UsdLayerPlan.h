@@ -47,7 +47,7 @@ struct UsdIntArray {
     std::size_t count = 0;
 };
 
-using UsdPlanValue = std::variant<std::monostate, bool, float, double, UsdToken, UsdAssetPath, QVector2D, QVector3D,
+using UsdPlanValue = std::variant<std::monostate, bool, float, UsdToken, UsdAssetPath, QVector2D, QVector3D,
                                   QVector4D, QMatrix4x4, UsdFloatArray, UsdIntArray, std::vector<std::string>>;
 
 struct UsdPlanProperty {
