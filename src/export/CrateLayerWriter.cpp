@@ -71,9 +71,26 @@ private:
         return 0;
     }
 
+    // A prepended reference list of one reference to a prim of this layer: no asset path,
+    // the prim's path, an identity layer offset and no custom data.
+    std::uint64_t internalReference(const std::string& path) {
+        const std::uint32_t noAsset = w_.string("");
+        const std::uint32_t target = w_.path(path);
+        const auto at = w_.put(prepended);
+        w_.put(std::uint64_t{1});
+        w_.put(noAsset);
+        w_.put(target);
+        w_.put(0.0);
+        w_.put(1.0);
+        w_.put(std::uint64_t{0});
+        return rep(tReferenceListOp, at);
+    }
+
     void prim(const UsdPlanPrim& p) {
-        std::vector<std::pair<std::string, std::uint64_t>> fields{{"specifier", rep(tSpecifier, 0, isInlined)},
+        std::vector<std::pair<std::string, std::uint64_t>> fields{{"specifier", rep(tSpecifier, p.isClass ? 2 : 0, isInlined)},
                                                                   {"typeName", w_.tokenInline(p.typeName)}};
+        if (p.instanceable) fields.push_back({"instanceable", rep(tBool, 1, isInlined)});
+        if (!p.reference.empty()) fields.push_back({"references", internalReference(p.reference)});
         if (!p.children.empty()) {
             std::vector<std::string> names;
             for (int child : p.children) names.push_back(plan_.prims[static_cast<std::size_t>(child)].name);

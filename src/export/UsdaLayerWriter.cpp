@@ -124,16 +124,28 @@ private:
     void prim(int index, int depth) {
         const UsdPlanPrim& p = plan_.prims[static_cast<std::size_t>(index)];
         indent(depth);
-        out_ += "def ";
+        out_ += p.isClass ? "class " : "def ";
         out_ += p.typeName;
         out_ += ' ';
         quoted(p.name);
-        if (!p.apiSchemas.empty()) {
+        if (!p.apiSchemas.empty() || p.instanceable || !p.reference.empty()) {
             out_ += " (\n";
-            indent(depth + 1);
-            out_ += "prepend apiSchemas = ";
-            value(p.apiSchemas);
-            out_ += '\n';
+            if (!p.apiSchemas.empty()) {
+                indent(depth + 1);
+                out_ += "prepend apiSchemas = ";
+                value(p.apiSchemas);
+                out_ += '\n';
+            }
+            if (p.instanceable) {
+                indent(depth + 1);
+                out_ += "instanceable = true\n";
+            }
+            if (!p.reference.empty()) {
+                indent(depth + 1);
+                out_ += "prepend references = <";
+                out_ += p.reference;
+                out_ += ">\n";
+            }
             indent(depth);
             out_ += ')';
         }
