@@ -10,6 +10,7 @@
 // large enough that per-byte costs dominate the fixed ones.
 
 #include "export/CrateWriter.h"
+#include "export/UsdzWriter.h"
 #include "export/ZipWriter.h"
 #include "import/SceneImporter.h"
 #include "import/usd/CrateReader.h"
@@ -360,6 +361,45 @@ void readCrateLayer(benchmark::State& state, const Locator& locate) {
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(entry.data.size()));
 }
 
+// Writes the scene of `locate`'s package, imported once, back as a USDZ package with a crate
+// layer into a temporary folder, once per iteration. The rate counts the package's bytes;
+// peak memory is the resident growth while writing, against the package's size.
+void writeUsdz(benchmark::State& state, const Locator& locate) {
+    const auto path = locate();
+    const QTemporaryDir dir;
+    if (!path || !dir.isValid()) {
+        state.SkipWithError("input absent");
+        return;
+    }
+    const auto scene = SceneImporter::importFile(path->string());
+    if (!scene) {
+        state.SkipWithError(scene.error().localizedDescription().c_str());
+        return;
+    }
+    const std::string out = (fs::path(dir.path().toStdString()) / "written.usdz").string();
+    std::uint64_t written = 0;
+    double growth = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        resetPeakResident();
+        const long before = statusKilobytes("VmHWM");
+        state.ResumeTiming();
+        const auto report = orvanta::exporter::UsdzWriter::write(scene.value(), out, orvanta::exporter::UsdzWriter::Layer::crate);
+        state.PauseTiming();
+        growth = std::max(growth, 1024.0 * static_cast<double>(statusKilobytes("VmHWM") - before));
+        state.ResumeTiming();
+        if (!report) {
+            state.SkipWithError(report.error().localizedDescription().c_str());
+            return;
+        }
+        written = report->bytes;
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(written));
+    state.counters["written_bytes"] = static_cast<double>(written);
+    state.counters["peak_growth_bytes"] = growth;
+    state.counters["peak_per_written"] = growth / static_cast<double>(written);
+}
+
 } // namespace
 
 BENCHMARK_CAPTURE(importFile, usdz_crate_RoughnessTest, corpus("usdz/RoughnessTest.usdz"), true)->Unit(benchmark::kMicrosecond);
@@ -373,6 +413,7 @@ BENCHMARK_CAPTURE(importFile, usdz_large_crate_dish, generatedCrate(CrateMix::di
 BENCHMARK_CAPTURE(importFile, usdz_large_crate_indices, generatedCrate(CrateMix::indices), true)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(readCrateLayer, usdz_large_crate_dish, generatedCrate(CrateMix::dish))->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(readCrateLayer, usdz_large_crate_indices, generatedCrate(CrateMix::indices))->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(writeUsdz, usdz_large_crate_dish, generatedCrate(CrateMix::dish))->Unit(benchmark::kMillisecond)->UseRealTime();
 
 BENCHMARK_CAPTURE(peakMemory, usdz_RoughnessTest, corpus("usdz/RoughnessTest.usdz"), kitImport)->Iterations(5)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(peakMemory, usda_UtahTeapot, corpus("usda/UtahTeapot.usd"), kitImport)->Iterations(5)->Unit(benchmark::kMicrosecond);

@@ -47,7 +47,6 @@ private:
     std::uint64_t value(const UsdPlanValue& v) {
         if (const auto* b = std::get_if<bool>(&v)) return rep(tBool, *b ? 1 : 0, isInlined);
         if (const auto* f = std::get_if<float>(&v)) return rep(tFloat, std::bit_cast<std::uint32_t>(*f), isInlined);
-        if (const auto* d = std::get_if<double>(&v)) return rep(tDouble, w_.put(*d));
         if (const auto* t = std::get_if<UsdToken>(&v)) return w_.tokenInline(t->text);
         if (const auto* a = std::get_if<UsdAssetPath>(&v)) return rep(tAsset, w_.token(a->path), isInlined);
         if (const auto* v2 = std::get_if<QVector2D>(&v)) { const float c[2] = {v2->x(), v2->y()}; return floats(tVec2f, c, 2); }
@@ -72,9 +71,26 @@ private:
         return 0;
     }
 
+    // A prepended reference list of one reference to a prim of this layer: no asset path,
+    // the prim's path, an identity layer offset and no custom data.
+    std::uint64_t internalReference(const std::string& path) {
+        const std::uint32_t noAsset = w_.string("");
+        const std::uint32_t target = w_.path(path);
+        const auto at = w_.put(prepended);
+        w_.put(std::uint64_t{1});
+        w_.put(noAsset);
+        w_.put(target);
+        w_.put(0.0);
+        w_.put(1.0);
+        w_.put(std::uint64_t{0});
+        return rep(tReferenceListOp, at);
+    }
+
     void prim(const UsdPlanPrim& p) {
-        std::vector<std::pair<std::string, std::uint64_t>> fields{{"specifier", rep(tSpecifier, 0, isInlined)},
+        std::vector<std::pair<std::string, std::uint64_t>> fields{{"specifier", rep(tSpecifier, p.isClass ? 2 : 0, isInlined)},
                                                                   {"typeName", w_.tokenInline(p.typeName)}};
+        if (p.instanceable) fields.push_back({"instanceable", rep(tBool, 1, isInlined)});
+        if (!p.reference.empty()) fields.push_back({"references", internalReference(p.reference)});
         if (!p.children.empty()) {
             std::vector<std::string> names;
             for (int child : p.children) names.push_back(plan_.prims[static_cast<std::size_t>(child)].name);

@@ -73,6 +73,10 @@ public:
             for (const ImportedMaterial& m : scene_.materials)
                 materialPaths_.push_back(prim(materialsScope_).path + "/" + childName(materialsScope_, m.name.empty() ? "Material" : m.name));
         }
+        drawers_.assign(scene_.meshes.size(), 0);
+        prototypes_.assign(scene_.meshes.size(), {});
+        for (const ImportedNode& node : scene_.nodes)
+            for (int mesh : node.meshes) ++drawers_[static_cast<std::size_t>(mesh)];
         if (!scene_.nodes.empty()) fillNode(root, 0);
         for (std::size_t m = 0; m < scene_.materials.size(); ++m) addMaterial(static_cast<int>(m));
         return std::move(plan_);
@@ -121,7 +125,32 @@ private:
             const ImportedNode& c = scene_.nodes[static_cast<std::size_t>(child)];
             fillNode(addPrim(primIndex, childName(primIndex, c.name.empty() ? "Node" : c.name), "Xform"), child);
         }
-        for (int mesh : node.meshes) addMesh(primIndex, mesh);
+        for (int mesh : node.meshes) {
+            if (drawers_[static_cast<std::size_t>(mesh)] < 2) {
+                addMesh(primIndex, mesh);
+                continue;
+            }
+            const ImportedMesh& m = scene_.meshes[static_cast<std::size_t>(mesh)];
+            const int instance = addPrim(primIndex, childName(primIndex, m.name.empty() ? "Mesh" : m.name), "Xform");
+            prim(instance).instanceable = true;
+            prim(instance).reference = prototype(mesh);
+        }
+    }
+
+    // The class prim holding mesh `mesh`, made on first use.
+    std::string prototype(int mesh) {
+        auto& path = prototypes_[static_cast<std::size_t>(mesh)];
+        if (!path.empty()) return path;
+        if (prototypesScope_ < 0) {
+            prototypesScope_ = addPrim(0, childName(0, "Prototypes"), "Scope");
+            prim(prototypesScope_).isClass = true;
+        }
+        const ImportedMesh& m = scene_.meshes[static_cast<std::size_t>(mesh)];
+        const int holder = addPrim(prototypesScope_, childName(prototypesScope_, m.name.empty() ? "Mesh" : m.name), "Xform");
+        prim(holder).isClass = true;
+        addMesh(holder, mesh);
+        path = prim(holder).path;
+        return path;
     }
 
     template <class T> UsdFloatArray floats(const std::vector<T>& values, int width) {
@@ -362,6 +391,9 @@ private:
     std::map<int, std::string> texturePaths_;
     std::map<std::string, std::string> readers_;
     int materialsScope_ = -1;
+    int prototypesScope_ = -1;
+    std::vector<int> drawers_;               // per mesh, how many nodes draw it
+    std::vector<std::string> prototypes_;    // per mesh drawn more than once, its class prim
 };
 
 } // namespace

@@ -6,6 +6,9 @@
 // UsdPreviewSurface whose textures are UsdUVTexture shaders reading through a
 // UsdPrimvarReader_float2 and, when moved, a UsdTransform2d.
 //
+// A mesh several nodes draw is written once, in a class prim under "Prototypes", and each
+// node draws it through an instanceable prim referencing that class.
+//
 // UsdPreviewSurface has no factor beside a texture, so a textured input's factor goes into
 // the texture's scale (and bias). Large arrays are views of the scene's own vectors; the few
 // arrays USD needs in another shape (face counts, colours split into colour and opacity)
@@ -47,7 +50,7 @@ struct UsdIntArray {
     std::size_t count = 0;
 };
 
-using UsdPlanValue = std::variant<std::monostate, bool, float, double, UsdToken, UsdAssetPath, QVector2D, QVector3D,
+using UsdPlanValue = std::variant<std::monostate, bool, float, UsdToken, UsdAssetPath, QVector2D, QVector3D,
                                   QVector4D, QMatrix4x4, UsdFloatArray, UsdIntArray, std::vector<std::string>>;
 
 struct UsdPlanProperty {
@@ -63,6 +66,9 @@ struct UsdPlanPrim {
     std::string path;
     std::string name;
     std::string typeName;
+    bool isClass = false;            // "class" rather than "def": a prototype, not drawn
+    bool instanceable = false;
+    std::string reference;           // a prim of this layer it references; empty for none
     std::vector<std::string> apiSchemas;
     std::vector<int> children;   // indices into UsdLayerPlan::prims
     std::vector<UsdPlanProperty> properties;

@@ -21,12 +21,6 @@ public:
 private:
     void indent(int depth) { out_.append(depth * 4, ' '); }
 
-    void number(double value) {
-        char buffer[32];
-        const auto end = std::to_chars(buffer, buffer + sizeof buffer, value).ptr;
-        out_.append(buffer, end - buffer);
-    }
-
     void number(float value) {
         char buffer[32];
         const auto end = std::to_chars(buffer, buffer + sizeof buffer, value).ptr;
@@ -54,7 +48,6 @@ private:
     void value(const UsdPlanValue& v) {
         if (const auto* b = std::get_if<bool>(&v)) out_ += *b ? "1" : "0";
         else if (const auto* f = std::get_if<float>(&v)) number(*f);
-        else if (const auto* d = std::get_if<double>(&v)) number(*d);
         else if (const auto* t = std::get_if<UsdToken>(&v)) quoted(t->text);
         else if (const auto* a = std::get_if<UsdAssetPath>(&v)) { out_ += '@'; out_ += a->path; out_ += '@'; }
         else if (const auto* v2 = std::get_if<QVector2D>(&v)) { const float c[2] = {v2->x(), v2->y()}; tuple(c, 2); }
@@ -131,16 +124,28 @@ private:
     void prim(int index, int depth) {
         const UsdPlanPrim& p = plan_.prims[static_cast<std::size_t>(index)];
         indent(depth);
-        out_ += "def ";
+        out_ += p.isClass ? "class " : "def ";
         out_ += p.typeName;
         out_ += ' ';
         quoted(p.name);
-        if (!p.apiSchemas.empty()) {
+        if (!p.apiSchemas.empty() || p.instanceable || !p.reference.empty()) {
             out_ += " (\n";
-            indent(depth + 1);
-            out_ += "prepend apiSchemas = ";
-            value(p.apiSchemas);
-            out_ += '\n';
+            if (!p.apiSchemas.empty()) {
+                indent(depth + 1);
+                out_ += "prepend apiSchemas = ";
+                value(p.apiSchemas);
+                out_ += '\n';
+            }
+            if (p.instanceable) {
+                indent(depth + 1);
+                out_ += "instanceable = true\n";
+            }
+            if (!p.reference.empty()) {
+                indent(depth + 1);
+                out_ += "prepend references = <";
+                out_ += p.reference;
+                out_ += ">\n";
+            }
             indent(depth);
             out_ += ')';
         }

@@ -5,7 +5,9 @@
 #include "export/UsdaLayerWriter.h"
 #include "export/ZipWriter.h"
 
-#include <QSaveFile>
+#include <QFile>
+
+#include <filesystem>
 
 namespace orvanta::exporter {
 
@@ -38,14 +40,23 @@ core::Result<UsdzWriter::Report> UsdzWriter::write(const import::ImportedScene& 
 }
 
 core::Result<UsdzWriter::Report> UsdzWriter::write(const import::ImportedScene& scene, const std::string& path, Layer layer) {
-    QSaveFile file(QString::fromStdString(path));
-    if (!file.open(QIODevice::WriteOnly)) return writeError("Cannot create " + path + ": " + file.errorString().toStdString());
+    // Written beside the target and renamed into place, so a reader never sees half a
+    // package; no fsync, which would cost more than the writing itself.
+    const std::filesystem::path target(path);
+    std::filesystem::path partial = target;
+    partial += ".partial";
+    QFile file(QString::fromStdString(partial.string()));
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return writeError("Cannot create " + path + ": " + file.errorString().toStdString());
     auto report = write(scene, file, layer);
-    if (!report) {
-        file.cancelWriting();
-        return report;
+    file.close();
+    std::error_code error;
+    if (report) std::filesystem::rename(partial, target, error);
+    if (!report || error) {
+        const std::string reason = error.message();
+        std::filesystem::remove(partial, error);
+        return report ? writeError("Cannot write " + path + ": " + reason) : report;
     }
-    if (!file.commit()) return writeError("Cannot write " + path + ": " + file.errorString().toStdString());
     return report;
 }
 

@@ -230,6 +230,7 @@ void drawn(const ImportedScene& scene, int node, std::vector<const ImportedMesh*
 // Positions, indices, coordinates, colours and material values of a glTF model and of its
 // USDZ conversion.
 void expectSameModel(const ImportedScene& gltf, const ImportedScene& usdz) {
+    EXPECT_EQ(usdz.meshes.size(), gltf.meshes.size());  // a mesh several nodes draw is still one mesh
     std::vector<const ImportedMesh*> a, b;
     drawn(gltf, 0, a);
     drawn(usdz, 0, b);

@@ -307,6 +307,7 @@ TEST(GltfImportTest, DeclarationsThatMisleadTheReaderAreRejected) {
 
     expectRefused(edited("images", 0, "mimeType", "imagepng"), malformed, "image 0 has a mimeType that is not image/<type>");
     expectRefused(edited("textures", 0, "source", 3), malformed, "texture 0 names a missing image");
+    expectRefused(edited("textures", 0, "source", 1), malformed, "texture 0 names a missing image");  // one past the last
     expectRefused(edited("bufferViews", 0, "byteStride", 6), malformed, "buffer view 0 has a byteStride that is not 4 to 252");
     expectRefused(edited("bufferViews", 0, "byteStride", 8), malformed, "accessor 0 has elements larger than its buffer view's byteStride");
     expectRefused(edited("primitive", 0, "indices", 0), malformed, "indices that are not an accessor of unsigned integers");

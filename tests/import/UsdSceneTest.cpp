@@ -265,7 +265,24 @@ def Xform "A"
         uniform token[] xformOpOrder = ["xformOp:rotateZYX"]
     }
 }
+def Xform "Scaled"
+{
+    float3 xformOp:scale = (2, 2, 2)
+    uniform token[] xformOpOrder = ["xformOp:scale"]
+    def Mesh "Moved"
+    {
+        double3 xformOp:translate = (1, 0, 0)
+        uniform token[] xformOpOrder = ["xformOp:translate"]
+        point3f[] points = [(0, 0, 0), (1, 0, 0), (0, 1, 0)]
+        int[] faceVertexCounts = [3]
+        int[] faceVertexIndices = [0, 1, 2]
+    }
+}
 )"));
+    // The parent's scale applies after the child's move: x from 2 to 4, not 1 to 3.
+    const Bounds bounds = scene.bounds();
+    expectNear(bounds.min, {2, 0, 0});
+    expectNear(bounds.max, {4, 2, 0});
     const QMatrix4x4 a = scene.nodes.at(static_cast<std::size_t>(nodeNamed(scene, "A"))).localTransform;
     // Scale 2 about the pivot (1,0,0), then 90 degrees about Z, then translate.
     expectNear(a.map(QVector3D(1, 0, 0)), {10, 1, 0});

@@ -198,6 +198,15 @@ TEST(UsdzArchive, BrokenOrHostilePackagesEndInClearErrors) {
     liar.declaredSize = 2000;
     testing::expectImportError(openBytes(ZipWriter().add(liar).build()), C::malformedData, "does not inflate to its declared 2000 bytes");
 
+    // A deflated entry that inflates to its size but not to its checksum.
+    Bytes corrupt = ZipWriter().add({"dish.usda", std::string(100, 'x'), true}).build();
+    const std::uint8_t directorySignature[] = {0x50, 0x4b, 0x01, 0x02};
+    const auto directory = std::search(corrupt.begin(), corrupt.end(), std::begin(directorySignature), std::end(directorySignature));
+    ASSERT_NE(directory, corrupt.end());
+    corrupt[14] ^= 0x01;     // the local header's CRC-32
+    directory[16] ^= 0x01;   // and the directory's
+    testing::expectImportError(openBytes(corrupt), C::malformedData, "fails its checksum");
+
     ZipWriter::Entry zip64{"dish.usda", "x"};
     zip64.declaredSize = 0xffffffffu;
     testing::expectImportError(openBytes(ZipWriter().add(zip64).build()), C::unsupportedFeature, "Zip64");

@@ -40,7 +40,7 @@ QJsonObject gltfJson(const QString& path) {
 
 // Extensions the file uses that the kit's import does not read.
 std::vector<std::string> unreadExtensions(const QString& path) {
-    static const QStringList read = {"KHR_texture_transform", "KHR_materials_unlit"};
+    static const QStringList read = {"KHR_texture_transform", "KHR_materials_unlit", "KHR_draco_mesh_compression"};
     std::vector<std::string> notes;
     for (const QJsonValue& name : gltfJson(path).value("extensionsUsed").toArray())
         if (!read.contains(name.toString())) notes.push_back("glTF extension " + name.toString().toStdString() + " is not read");

@@ -5,8 +5,12 @@
 #include "import/usd/UsdStageValue.h"
 #include "import/usd/UsdXformOps.h"
 
+#include <QQuaternion>
+
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <unordered_map>
 
 namespace orvanta::import::usd {
 
@@ -15,7 +19,20 @@ namespace {
 constexpr double defaultMetersPerUnit = 0.01;
 
 bool isNodeType(const std::string& type) {
-    return type.empty() || type == "Xform" || type == "Scope" || type == "SkelRoot" || type == "Mesh";
+    return type.empty() || type == "Xform" || type == "Scope" || type == "SkelRoot" || type == "Mesh" || type == "PointInstancer";
+}
+
+// The transform of point instance `i`: scale, then orientation (a quaternion, stored
+// imaginary part first as crate files do), then position; a missing or short stream leaves
+// its part out.
+QMatrix4x4 instanceTransform(const UsdStageValue::Floats& positions, const UsdStageValue::Floats& orientations,
+                             const UsdStageValue::Floats& scales, std::size_t i) {
+    QMatrix4x4 m;
+    if (positions.size() >= 3 * (i + 1)) m.translate(positions[3 * i], positions[3 * i + 1], positions[3 * i + 2]);
+    if (orientations.size() >= 4 * (i + 1))
+        m.rotate(QQuaternion(orientations[4 * i + 3], orientations[4 * i], orientations[4 * i + 1], orientations[4 * i + 2]).normalized());
+    if (scales.size() >= 3 * (i + 1)) m.scale(scales[3 * i], scales[3 * i + 1], scales[3 * i + 2]);
+    return m;
 }
 
 std::optional<std::string> tokenOf(const UsdStage::Prim& prim, const std::string& name) {
@@ -64,11 +81,87 @@ private:
         if (!p.typeName.empty() && p.typeName != "Scope") node.localTransform = UsdXformOps::localTransform(p);
         scene_.nodes.push_back(std::move(node));
         scene_.nodes[static_cast<std::size_t>(parentNode)].children.push_back(nodeIndex);
+        if (p.typeName == "PointInstancer") {
+            addPointInstances(p, nodeIndex);
+            return;
+        }
+        // Instanceable prims composed from the same arcs share one prototype: the first is
+        // built, the others copy its nodes and share its meshes.
+        const std::string prototype = instancePrototype(p);
+        if (!prototype.empty()) {
+            if (const auto it = instances_.find(prototype); it != instances_.end()) {
+                copyNodes(it->second, nodeIndex);
+                return;
+            }
+        }
         if (p.typeName == "Mesh") {
             addMesh(p, nodeIndex);
             stage_.releaseArrays(primIndex);
         }
         for (int child : p.children) visit(child, nodeIndex);
+        if (!prototype.empty()) instances_.emplace(prototype, nodeIndex);
+    }
+
+    // A key naming the arcs an instanceable prim is composed from (its opinions besides
+    // its own spec); empty for prims that are not instanceable or bring in nothing.
+    static std::string instancePrototype(const UsdStage::Prim& p) {
+        const Value* instanceable = p.field("instanceable");
+        if (!instanceable || !instanceable->get<bool>() || !*instanceable->get<bool>() || p.opinions.size() < 2) return {};
+        std::string key = p.typeName;
+        for (std::size_t i = 1; i < p.opinions.size(); ++i) key += "|" + std::to_string(reinterpret_cast<std::uintptr_t>(p.opinions[i].spec));
+        return key;
+    }
+
+    // Gives node `to` the meshes and, recursively, copies of the children of node `from`.
+    void copyNodes(int from, int to) {
+        scene_.nodes[static_cast<std::size_t>(to)].meshes = scene_.nodes[static_cast<std::size_t>(from)].meshes;
+        const std::vector<int> children = scene_.nodes[static_cast<std::size_t>(from)].children;
+        for (int child : children) {
+            ImportedNode copy = scene_.nodes[static_cast<std::size_t>(child)];
+            copy.parent = to;
+            copy.children.clear();
+            const int index = static_cast<int>(scene_.nodes.size());
+            scene_.nodes.push_back(std::move(copy));
+            scene_.nodes[static_cast<std::size_t>(to)].children.push_back(index);
+            copyNodes(child, index);
+        }
+    }
+
+    // One node per instance of `p`, placed by its positions, orientations and scales, holding
+    // its prototype: built under the first instance that uses it, copied for the others.
+    void addPointInstances(const UsdStage::Prim& p, int nodeIndex) {
+        const UsdStage::Property* prototypes = p.property("prototypes");
+        const auto floats = [&](const char* name, int width) {
+            const UsdStage::Property* property = p.property(name);
+            return UsdStageValue::floats(property ? property->value() : nullptr, width);
+        };
+        const UsdStage::Property* indicesProperty = p.property("protoIndices");
+        const Value* indicesValue = indicesProperty ? indicesProperty->value() : nullptr;
+        const IntArray* indices = indicesValue ? indicesValue->get<IntArray>() : nullptr;
+        if (!prototypes || !indices) return;
+        IntArray::Narrow scratch;
+        const auto protoIndices = indices->narrow(scratch);
+        const auto positions = floats("positions", 3), orientations = floats("orientations", 4), scales = floats("scales", 3);
+        std::vector<int> built(prototypes->targets.size(), -1);  // per prototype, the instance node holding it
+        for (std::size_t i = 0; i < protoIndices.size(); ++i) {
+            const auto proto = static_cast<std::size_t>(protoIndices[i]);
+            if (protoIndices[i] < 0 || proto >= prototypes->targets.size()) continue;
+            const UsdStage::Prim* prototype = stage_.prim(prototypes->targets[proto]);
+            if (!prototype) continue;
+            const int instance = static_cast<int>(scene_.nodes.size());
+            ImportedNode node;
+            node.name = p.name + "_" + std::to_string(i);
+            node.parent = nodeIndex;
+            node.localTransform = instanceTransform(positions, orientations, scales, i);
+            scene_.nodes.push_back(std::move(node));
+            scene_.nodes[static_cast<std::size_t>(nodeIndex)].children.push_back(instance);
+            if (built[proto] >= 0) {
+                copyNodes(built[proto], instance);
+            } else {
+                visit(static_cast<int>(prototype - stage_.prims().data()), instance);
+                built[proto] = instance;
+            }
+        }
     }
 
     // The material a binding on `p` itself names: nullopt when it has no binding.
@@ -137,6 +230,7 @@ private:
     UsdStage& stage_;
     ImportedScene scene_;
     UsdMaterialReader materials_;
+    std::unordered_map<std::string, int> instances_;  // prototype key -> the node built for it
 };
 
 } // namespace

@@ -1,9 +1,13 @@
 #pragma once
 // Extracts an ImportedScene from a composed stage.
 //
-// Defined, active, visible prims of type Xform, Scope, SkelRoot, Mesh or no type become
-// nodes (Xform, SkelRoot and Mesh with their transform ops); any other prim type is left out
-// with everything below it. A Mesh carries its triangulated mesh, bound to the material of
+// Defined, active, visible prims of type Xform, Scope, SkelRoot, Mesh, PointInstancer or no
+// type become nodes (all but Scope with their transform ops); any other prim type is left
+// out with everything below it. Instanceable prims composed from the same arcs share one
+// prototype: the first is built, later ones copy its nodes and draw the same meshes. A
+// PointInstancer gets one node per instance (position, orientation, scale) holding a
+// prototype it names, built under the first instance using it and shared the same way;
+// its own children are drawn only as prototypes. A Mesh carries its triangulated mesh, bound to the material of
 // the nearest `material:binding` on it or an ancestor, split by its GeomSubsets of family
 // "materialBind" (or that bind a material). Texture coordinates are read from the primvar
 // the bound material's textures name, else `primvars:st`, else the first texCoord2 primvar.

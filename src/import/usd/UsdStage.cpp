@@ -86,8 +86,14 @@ public:
         root.specifier = "def";
         root.opinions.push_back({0, rootSpec});
         prims_.push_back(std::move(root));
+        // The root layer's sublayers are weaker layers of the same namespace, strongest first.
+        std::vector<Site> rootSites{Site{0, "/", "/", "/", rootSpec}};
+        std::vector<int> stack{0};
+        if (!addSubLayers(0, rootSites, stack)) return error_;
+        prims_.front().opinions.clear();
+        for (const Site& site : rootSites) prims_.front().opinions.push_back({site.layer, site.spec});
         std::vector<Pending> pending;
-        pending.push_back({0, {Site{0, "/", "/", "/", rootSpec}}, 0});
+        pending.push_back({0, std::move(rootSites), 0});
         while (!pending.empty() && !error_) {
             Pending next = std::move(pending.back());
             pending.pop_back();
@@ -102,6 +108,31 @@ private:
         std::vector<Site> sites;
         int depth;
     };
+
+    bool addSubLayers(int layer, std::vector<Site>& sites, std::vector<int>& stack) {
+        const Spec* root = layers_.layer(layer).spec("/");
+        const std::vector<std::string>* subLayers = root ? UsdStageValue::stringList(root->field("subLayers")) : nullptr;
+        if (!subLayers) return true;
+        if (static_cast<int>(stack.size()) > maxArcDepth)
+            return fail(ImportErrorCode::limitExceeded, "sublayers nested more than " + std::to_string(maxArcDepth) + " deep");
+        for (const std::string& assetPath : *subLayers) {
+            auto loaded = layers_.load(layer, assetPath);
+            if (!loaded) return fail(ImportErrorCode::malformedData, loaded.error().localizedDescription());
+            if (!loaded.value()) continue;  // a missing layer contributes nothing
+            const int sub = *loaded.value();
+            if (std::find(stack.begin(), stack.end(), sub) != stack.end())
+                return fail(ImportErrorCode::malformedData, "sublayer cycle through " + assetPath);
+            const Spec* spec = layers_.layer(sub).spec("/");
+            if (!spec) continue;
+            if (std::none_of(sites.begin(), sites.end(), [&](const Site& s) { return s.layer == sub; }))
+                sites.push_back(Site{sub, "/", "/", "/", spec});
+            stack.push_back(sub);
+            const bool ok = addSubLayers(sub, sites, stack);
+            stack.pop_back();
+            if (!ok) return false;
+        }
+        return true;
+    }
 
     bool fail(ImportErrorCode code, std::string message) {
         if (!error_) error_ = importError(code, std::move(message));
@@ -124,12 +155,17 @@ private:
         for (const std::string& name : names) {
             const std::string stagePath = UsdStagePath::child(prims_[static_cast<std::size_t>(parent.prim)].path, name);
             std::vector<Site> sites;
+            std::vector<Site> specialized;  // weaker than every other arc of the prim
             for (const Site& site : parent.sites) {
                 const std::string path = UsdStagePath::child(site.path, name);
                 const Spec* spec = layers_.layer(site.layer).spec(path);
                 if (!spec || spec->type != SpecType::prim) continue;
                 std::vector<std::string> chain;
-                if (!expand(Site{site.layer, path, site.mapFrom, site.mapTo, spec}, stagePath, sites, 0, chain)) return;
+                if (!expand(Site{site.layer, path, site.mapFrom, site.mapTo, spec}, stagePath, sites, 0, chain, &specialized)) return;
+            }
+            for (std::size_t i = 0; i < specialized.size(); ++i) {  // what a specialized prim brings is weak too
+                std::vector<std::string> chain;
+                if (!expand(specialized[i], stagePath, sites, 1, chain, &specialized)) return;
             }
             if (sites.empty()) continue;
             if (prims_.size() >= maxPrims) {
@@ -145,10 +181,11 @@ private:
         std::move(children.rbegin(), children.rend(), std::back_inserter(pending));
     }
 
-    // Adds `site` to `out`, followed by what its variants, references and payloads bring,
-    // strongest first. `chain` holds the sites whose arcs are being followed.
+    // Adds `site` to `out`, followed by what its inherits, variants, references and payloads
+    // bring, strongest first; the sites it specializes go to `specialized`, to be added after
+    // all others. `chain` holds the sites whose arcs are being followed.
     bool expand(const Site& site, const std::string& stagePath, std::vector<Site>& out, int arcDepth,
-                std::vector<std::string>& chain) {
+                std::vector<std::string>& chain, std::vector<Site>* specialized) {
         if (arcDepth > maxArcDepth)
             return fail(ImportErrorCode::limitExceeded, "references nested more than " + std::to_string(maxArcDepth) + " deep");
         const std::string key = std::to_string(site.layer) + site.path;
@@ -161,15 +198,44 @@ private:
             return fail(ImportErrorCode::limitExceeded, "more than " + std::to_string(maxSitesPerPrim) + " opinions on " + stagePath);
         out.push_back(site);
         chain.push_back(key);
-        const bool ok = expandVariants(site, stagePath, out, arcDepth, chain) &&
-                        expandReferences(site, "references", stagePath, out, arcDepth, chain) &&
-                        expandReferences(site, "payload", stagePath, out, arcDepth, chain);
+        const bool ok = expandClasses(site, "inherits", stagePath, out, arcDepth, chain, specialized) &&
+                        expandVariants(site, stagePath, out, arcDepth, chain, specialized) &&
+                        expandReferences(site, "references", stagePath, out, arcDepth, chain, specialized) &&
+                        expandReferences(site, "payload", stagePath, out, arcDepth, chain, specialized);
         chain.pop_back();
+        if (ok && specialized) {
+            std::vector<Site> specializes;
+            if (!expandClasses(site, "specializes", stagePath, specializes, arcDepth, chain, nullptr)) return false;
+            for (Site& s : specializes)
+                if (std::none_of(specialized->begin(), specialized->end(), [&](const Site& t) { return t.layer == s.layer && t.path == s.path; }))
+                    specialized->push_back(std::move(s));
+        }
         return ok;
     }
 
+    // The class prims `site` names in its `field` (inherits or specializes): prims of the
+    // same layer, whose paths inside stand for the inheriting prim's. For specializes only
+    // the named sites are gathered (their own arcs follow once they are added).
+    bool expandClasses(const Site& site, const char* field, const std::string& stagePath, std::vector<Site>& out,
+                       int arcDepth, std::vector<std::string>& chain, std::vector<Site>* specialized) {
+        const std::vector<std::string>* paths = UsdStageValue::stringList(site.spec->field(field));
+        if (!paths) return true;
+        const Layer& layer = layers_.layer(site.layer);
+        for (const std::string& path : *paths) {
+            const Spec* spec = layer.spec(path);
+            if (!spec || spec->type != SpecType::prim) continue;
+            const Site classSite{site.layer, path, path, stagePath, spec};
+            if (!specialized) {
+                out.push_back(classSite);
+                continue;
+            }
+            if (!expand(classSite, stagePath, out, arcDepth + 1, chain, specialized)) return false;
+        }
+        return true;
+    }
+
     bool expandVariants(const Site& site, const std::string& stagePath, std::vector<Site>& out, int arcDepth,
-                        std::vector<std::string>& chain) {
+                        std::vector<std::string>& chain, std::vector<Site>* specialized) {
         const Layer& layer = layers_.layer(site.layer);
         std::vector<std::string> sets = UsdStageValue::names(site.spec->field("variantSetNames"));
         for (std::string& set : UsdStageValue::names(site.spec->field("variantSetChildren"))) {
@@ -185,7 +251,7 @@ private:
             }
             const std::string path = UsdStagePath::variant(site.path, set, choice);
             const Spec* spec = layer.spec(path);
-            if (spec && !expand(Site{site.layer, path, site.mapFrom, site.mapTo, spec}, stagePath, out, arcDepth + 1, chain))
+            if (spec && !expand(Site{site.layer, path, site.mapFrom, site.mapTo, spec}, stagePath, out, arcDepth + 1, chain, specialized))
                 return false;
         }
         return true;
@@ -202,7 +268,7 @@ private:
     }
 
     bool expandReferences(const Site& site, const char* field, const std::string& stagePath, std::vector<Site>& out,
-                          int arcDepth, std::vector<std::string>& chain) {
+                          int arcDepth, std::vector<std::string>& chain, std::vector<Site>* specialized) {
         const Value* value = site.spec->field(field);
         const ReferenceArray* references = value ? value->get<ReferenceArray>() : nullptr;
         if (!references) return true;
@@ -220,7 +286,7 @@ private:
             const std::string primPath = reference.primPath.empty() ? defaultPrim(layers_.layer(target)) : reference.primPath;
             const Spec* spec = layers_.layer(target).spec(primPath);
             if (!spec || spec->type != SpecType::prim) continue;
-            if (!expand(Site{target, primPath, primPath, stagePath, spec}, stagePath, out, arcDepth + 1, chain)) return false;
+            if (!expand(Site{target, primPath, primPath, stagePath, spec}, stagePath, out, arcDepth + 1, chain, specialized)) return false;
         }
         return true;
     }

@@ -1,10 +1,15 @@
 #pragma once
-// A composed USD stage: the prims of a root layer with the opinions that references,
-// payloads and variant sets bring in from the same or other layers, strongest first.
+// A composed USD stage: the prims of a root layer and its sublayers with the opinions that
+// inherits, variant sets, references, payloads and specializes bring in from the same or
+// other layers, strongest first.
 //
-// For each prim, its sites (a layer and a spec path in it) are gathered strongest first: the
-// spec itself, then its selected variants (the authored selection, else the first variant),
-// then its references, then its payloads, each followed in turn by what they bring. A
+// The root layer's subLayers (their time offsets ignored) are weaker layers of the same
+// namespace, in order, each followed by its own sublayers. For each prim, its sites (a layer
+// and a spec path in it) are gathered strongest first: the spec itself, then the class prims
+// it inherits, its selected variants (the authored selection, else the first variant), its
+// references, then its payloads, each followed in turn by what they bring; the prims it
+// specializes, with what they bring, come after all of those. Inherited and specialized
+// classes are prims of the same layer. A
 // reference names a prim of another layer (or, with no prim, that layer's default prim, else
 // its first root prim), or a prim of the same layer. Children come from the children of all
 // sites. Paths written inside a referenced prim (connections, relationship targets) are

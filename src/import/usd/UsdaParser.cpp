@@ -104,7 +104,23 @@ private:
             return true;
         }
         if (key == "doc" || key == "documentation") return readDocumentation(root);
-        return reader_.skip();  // subLayers, customLayerData, colour configuration, ...
+        if (key == "subLayers") return readSubLayers(root);
+        return reader_.skip();  // customLayerData, colour configuration, ...
+    }
+
+    // `[@a.usda@ (offset = 10), @b.usda@]`: the asset paths, their time offsets skipped.
+    bool readSubLayers(Spec& root) {
+        StringArray layers;
+        if (!reader_.expect('[')) return false;
+        while (!reader_.accept(']')) {
+            UsdaToken token = lexer_.next();
+            if (token.kind != UsdaTokenKind::asset) return lexer_.reject("expected a sublayer's asset path");
+            layers.values.push_back(std::move(token.value));
+            if (lexer_.peek().is('(') && !reader_.skip()) return false;
+            reader_.accept(',');
+        }
+        root.fields["subLayers"] = Value{std::move(layers)};
+        return true;
     }
 
     bool readDocumentation(Spec& spec) {

@@ -1,0 +1,138 @@
+// USD composition arcs beyond references and variants, in small hand-made layers: sublayers,
+// inherits and specializes against local and referenced opinions, native instancing and
+// point instancers.
+#include "export/ZipWriter.h"
+#include "import/usd/UsdImporter.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace orvanta::import::usd {
+namespace {
+
+ImportedScene importPackage(const std::vector<std::pair<std::string, std::string>>& files) {
+    exporter::ZipWriter zip;
+    for (const auto& [name, text] : files) zip.add(name, text);
+    auto bytes = std::make_shared<std::vector<std::uint8_t>>(zip.build());
+    auto result = UsdImporter::importBytes(*bytes, bytes, "test.usdz");
+    EXPECT_TRUE(result.ok()) << (result.ok() ? "" : result.error().localizedDescription());
+    return result.ok() ? std::move(result).value() : ImportedScene{};
+}
+
+const ImportedNode* nodeNamed(const ImportedScene& scene, const std::string& name) {
+    for (const ImportedNode& node : scene.nodes)
+        if (node.name == name) return &node;
+    return nullptr;
+}
+
+// The x of a node's translation, or NaN when there is no such node.
+float xOf(const ImportedScene& scene, const std::string& name) {
+    const ImportedNode* node = nodeNamed(scene, name);
+    return node ? node->localTransform.column(3).x() : std::nanf("");
+}
+
+std::string at(const char* name, int x) {
+    return std::string("    def Xform \"") + name + "\" { double3 xformOp:translate = (" + std::to_string(x) +
+           ", 0, 0)\n uniform token[] xformOpOrder = [\"xformOp:translate\"] }\n";
+}
+
+const char* triangle = R"(
+    point3f[] points = [(0, 0, 0), (1, 0, 0), (0, 1, 0)]
+    int[] faceVertexCounts = [3]
+    int[] faceVertexIndices = [0, 1, 2]
+)";
+
+TEST(CompositionTest, SubLayersAreWeakerInOrderAndAddTheirPrims) {
+    const ImportedScene scene = importPackage({
+        {"root.usda", R"(#usda 1.0
+( subLayers = [@strong.usda@ (offset = 10), @weak.usda@] )
+over "World" { over "Local" { double3 xformOp:translate = (1, 0, 0) } }
+)"},
+        {"strong.usda", "#usda 1.0\ndef Xform \"World\" {\n" + at("Local", 2) + at("Shared", 2) + at("Strong", 2) + "}\n"},
+        {"weak.usda", "#usda 1.0\ndef Xform \"World\" {\n" + at("Local", 3) + at("Shared", 3) + at("Weak", 3) + "}\n"},
+    });
+    EXPECT_EQ(xOf(scene, "Local"), 1.0f);   // the root layer wins
+    EXPECT_EQ(xOf(scene, "Shared"), 2.0f);  // the first sublayer beats the second
+    EXPECT_EQ(xOf(scene, "Strong"), 2.0f);
+    EXPECT_EQ(xOf(scene, "Weak"), 3.0f);
+}
+
+TEST(CompositionTest, InheritsAndSpecializesLoseToLocalOpinionsInStrengthOrder) {
+    // Each prim's x comes from its strongest arc; each prim sets y locally, which always wins.
+    const ImportedScene scene = importPackage({{"root.usda", R"(#usda 1.0
+class Xform "_Class" { double3 xformOp:translate = (10, 10, 0)
+                       uniform token[] xformOpOrder = ["xformOp:translate"] }
+class Xform "_Special" { double3 xformOp:translate = (20, 20, 0)
+                         uniform token[] xformOpOrder = ["xformOp:translate"] }
+def Xform "Referenced" { double3 xformOp:translate = (30, 30, 0)
+                         uniform token[] xformOpOrder = ["xformOp:translate"] }
+def Xform "Inherits" ( inherits = </_Class> ) { double3 xformOp:translate = (1, 0, 0) }
+def Xform "InheritsOnly" ( inherits = </_Class> ) {}
+def Xform "SpecializesOnly" ( specializes = </_Special> ) {}
+def Xform "Specializes" ( specializes = </_Special> ) { double3 xformOp:translate = (2, 0, 0) }
+def Xform "InheritBeatsReference" ( inherits = </_Class>  references = </Referenced> ) {}
+def Xform "ReferenceBeatsSpecialize" ( specializes = </_Special>  references = </Referenced> ) {}
+)"}});
+    const std::pair<const char*, float> cases[] = {
+        {"Inherits", 1}, {"InheritsOnly", 10}, {"SpecializesOnly", 20}, {"Specializes", 2},
+        {"InheritBeatsReference", 10}, {"ReferenceBeatsSpecialize", 30},
+    };
+    for (const auto& [name, x] : cases) EXPECT_EQ(xOf(scene, name), x) << name;
+    EXPECT_EQ(nodeNamed(scene, "_Class"), nullptr);  // classes are not drawn
+}
+
+TEST(CompositionTest, InstanceablePrimsShareOneImportedPrototype) {
+    const ImportedScene scene = importPackage({{"root.usda", std::string(R"(#usda 1.0
+def Xform "Plate" { def Mesh "Body" {)") + triangle + R"(} }
+def Xform "Left" ( instanceable = true  references = </Plate> ) {
+    double3 xformOp:translate = (-1, 0, 0)
+    uniform token[] xformOpOrder = ["xformOp:translate"] }
+def Xform "Right" ( instanceable = true  references = </Plate> ) {
+    double3 xformOp:translate = (1, 0, 0)
+    uniform token[] xformOpOrder = ["xformOp:translate"] }
+)"}});
+    ASSERT_EQ(scene.meshes.size(), 2u);  // the plate itself and one for both instances
+    std::vector<int> drawnBy;
+    for (const ImportedNode& node : scene.nodes)
+        for (int mesh : node.meshes) drawnBy.push_back(mesh);
+    EXPECT_EQ(drawnBy, (std::vector<int>{0, 1, 1}));
+    EXPECT_EQ(xOf(scene, "Left"), -1.0f);
+    EXPECT_EQ(xOf(scene, "Right"), 1.0f);
+}
+
+TEST(CompositionTest, PointInstancerPlacesItsPrototypes) {
+    std::string layer = R"(#usda 1.0
+def PointInstancer "Garnish" {
+    rel prototypes = [</Garnish/Protos/Herb>, </Garnish/Protos/Seed>, </Garnish/Protos/Flake>]
+    int[] protoIndices = [0, 1, 2, 0]
+    point3f[] positions = [(1, 0, 0), (2, 0, 0), (3, 0, 0), (4, 0, 0)]
+    quath[] orientations = [(1, 0, 0, 0), (0.70710677, 0, 0.70710677, 0), (1, 0, 0, 0), (1, 0, 0, 0)]
+    float3[] scales = [(1, 1, 1), (1, 1, 1), (2, 2, 2), (1, 1, 1)]
+    def Scope "Protos" {
+)";
+    for (const char* name : {"Herb", "Seed", "Flake"}) layer += std::string("def Mesh \"") + name + "\" {" + triangle + "}\n";
+    layer += "} }\n";
+    const ImportedScene scene = importPackage({{"root.usda", layer}});
+    ASSERT_EQ(scene.meshes.size(), 3u);
+    const ImportedNode* garnish = nodeNamed(scene, "Garnish");
+    ASSERT_NE(garnish, nullptr);
+    ASSERT_EQ(garnish->children.size(), 4u);
+    const std::string prototypes[] = {"Herb", "Seed", "Flake", "Herb"};
+    for (std::size_t i = 0; i < 4; ++i) {
+        const ImportedNode& instance = scene.nodes[std::size_t(garnish->children[i])];
+        EXPECT_EQ(instance.localTransform.column(3).toVector3D(), QVector3D(float(i + 1), 0, 0));
+        ASSERT_EQ(instance.children.size(), 1u);
+        const ImportedNode& prototype = scene.nodes[std::size_t(instance.children[0])];
+        EXPECT_EQ(prototype.name, prototypes[i]);
+        EXPECT_EQ(scene.meshes.at(std::size_t(prototype.meshes.at(0))).name, prototypes[i]);
+    }
+    // The second instance is turned a quarter about Y, the third scaled by 2.
+    const QMatrix4x4& turned = scene.nodes[std::size_t(garnish->children[1])].localTransform;
+    EXPECT_LT((turned.map(QVector3D(1, 0, 0)) - QVector3D(2, 0, -1)).length(), 1e-3f);
+    EXPECT_EQ(scene.nodes[std::size_t(garnish->children[2])].localTransform.map(QVector3D(1, 0, 0)), QVector3D(5, 0, 0));
+}
+
+} // namespace
+} // namespace orvanta::import::usd
