@@ -157,6 +157,18 @@ TEST(ModelEntityTest, EveryImportedMaterialInputReachesTheEntitysMaterial) {
     EXPECT_TRUE(pbr.doubleSided);
     EXPECT_TRUE(pbr.unlit);
 
+    // A texture's scale folds into the factor it multiplies, as a file with a factor beside a
+    // texture writes it.
+    m.baseColorFactor = {1.0f, 1.0f, 1.0f, 1.0f};
+    m.baseColorTexture = ref(import::TextureChannel::rgb, 0);
+    m.baseColorTexture->scale = {0.5f, 1.0f, 1.0f, 1.0f};
+    m.roughness = 1.0f;
+    m.roughnessTexture->scale = {1.0f, 0.25f, 1.0f, 1.0f}; // the green channel's
+    const auto folded = PhysicallyBasedMaterial::fromImported(scene, m);
+    EXPECT_NEAR(folded.baseColorTint.redF(), 0.7354, 1e-3);
+    EXPECT_NEAR(folded.baseColorTint.greenF(), 1.0, 1e-3);
+    EXPECT_FLOAT_EQ(folded.roughness, 0.25f);
+
     // An opaque material ignores its alpha.
     m.alphaMode = import::AlphaMode::opaque;
     EXPECT_EQ(PhysicallyBasedMaterial::fromImported(scene, m).baseColorTint.alphaF(), 1.0);
