@@ -1,5 +1,7 @@
 #include "render/MaterialFactory.h"
 
+#include "render/ImagePixels.h"
+
 #include <QtQuick3D/private/qquick3dprincipledmaterial_p.h>
 #include <QtQuick3D/private/qquick3dtexture_p.h>
 

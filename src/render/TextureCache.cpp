@@ -1,8 +1,8 @@
 #include "render/TextureCache.h"
 
 #include "core/Log.h"
+#include "render/ImagePixels.h"
 
-#include <QQuick3DTextureData>
 #include <QThreadPool>
 
 namespace orvanta::render {
@@ -16,9 +16,9 @@ TextureCache::Handle TextureCache::pixels(const import::ImportedTexture& image) 
     if (const auto it = entries_.find(key); it != entries_.end())
         if (auto found = it->second.data.lock()) return found;
 
-    auto* data = new QQuick3DTextureData();
+    auto* data = new ImagePixels();
     data->setParentItem(resourceParent_);
-    Handle handle(data, [this, alive = alive_, key](QQuick3DTextureData* d) {
+    Handle handle(data, [this, alive = alive_, key](ImagePixels* d) {
         if (*alive) entries_.erase(key);
         d->deleteLater();
     });
@@ -44,10 +44,7 @@ void TextureCache::decoded(const Key& key, const QImage& image, bool transparenc
             if (image.isNull()) {
                 core::Log::print("Texture could not be decoded: " + it->second.image.uri);
             } else {
-                data->setSize(image.size());
-                data->setFormat(QQuick3DTextureData::RGBA8);
-                data->setHasTransparency(transparency);
-                data->setTextureData(QByteArray(reinterpret_cast<const char*>(image.constBits()), image.sizeInBytes()));
+                data->setImage(image, transparency);
             }
         }
     }

@@ -16,16 +16,17 @@
 #include <utility>
 
 class QQuick3DObject;
-class QQuick3DTextureData;
 
 namespace orvanta::render {
+
+class ImagePixels;
 
 class TextureCache : public QObject {
     Q_OBJECT
 
 public:
     // Keeps the pixels of an image alive; its Quick 3D object is deleted with the last handle.
-    using Handle = std::shared_ptr<QQuick3DTextureData>;
+    using Handle = std::shared_ptr<ImagePixels>;
 
     // Data joins the scene under `resourceParent` (an object of the scene that shows it).
     explicit TextureCache(QQuick3DObject* resourceParent);
@@ -46,7 +47,7 @@ private:
 
     // The image is kept with its data so that its bytes, and so the key, stay unique.
     struct Entry {
-        std::weak_ptr<QQuick3DTextureData> data;
+        std::weak_ptr<ImagePixels> data;
         import::ImportedTexture image;
     };
     QPointer<QQuick3DObject> resourceParent_;
