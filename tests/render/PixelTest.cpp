@@ -2,6 +2,7 @@
 #include "ar/ARViewContainer.h"
 #include "ar/ARViewContainerCoordinator.h"
 #include "arsession/SimulatedWorld.h"
+#include "focus/FocusIndicator.h"
 #include "import/SceneImporter.h"
 #include "models/Reality3DViewItem.h"
 #include "reality/MeshResource.h"
@@ -229,6 +230,18 @@ TEST(ARViewPixels, TheSquareThenThePlacedDishStayOnTheTableWhileTheCameraSways) 
     const Region second = find(later, reddish);
     const QPointF secondAnchor = ar.anchorOnScreen();
     EXPECT_LT(QLineF(second.centroid - first.centroid, secondAnchor - firstAnchor).length(), 3.0);
+}
+
+TEST(ARViewPixels, ThePlaneStyleSquareFillsGreenOnTheTable) {
+    SKIP_WITHOUT_GL();
+    ARWindow ar(0.0f);
+    ar.coordinator->focusIndicator->destroy();
+    const auto square = focus::FocusIndicator::make(ar.view, focus::FocusIndicatorComponent::plane());
+    const QImage onTable = ar.pictureWhen([&] { return square->onPlane(); });
+    const QRect centre(kViewSize.width() / 4, kViewSize.height() / 4, kViewSize.width() / 2, kViewSize.height() / 2);
+    const Region green = find(onTable, [](QRgb p) { return qGreen(p) > 150 && qGreen(p) > qRed(p) + 60 && qBlue(p) < 120; }, centre);
+    EXPECT_GT(green.count, 100);
+    EXPECT_NEAR(green.centroid.x(), kViewSize.width() / 2.0, kViewSize.width() / 20.0);
 }
 
 TEST(ARViewPixels, TheCoachingOverlayVeilsTheViewUntilThePlaneIsFound) {
