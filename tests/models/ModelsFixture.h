@@ -76,7 +76,7 @@ protected:
     std::optional<std::string> savedTmpdir_;
     std::shared_ptr<core::ManualScheduler> main_ = std::make_shared<core::ManualScheduler>();
     TestHttpServer server_;
-    std::shared_ptr<net::HttpClient> client_ = std::make_shared<net::HttpClient>(std::chrono::milliseconds(500));
+    std::shared_ptr<net::HttpClient> client_ = std::make_shared<net::HttpClient>(net::TransferLimits{.idleTimeout = std::chrono::milliseconds(500)});
     std::shared_ptr<NetworkManager> network_ = std::make_shared<NetworkManager>(client_);
     LogCapture log_;
 };

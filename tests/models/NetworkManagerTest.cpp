@@ -80,7 +80,7 @@ using NetworkManagerTransfer = ModelsFixture;
 TEST_F(NetworkManagerTransfer, ConnectionClosedMidBodyFailsOffTheMainThreadAndLeavesNoFile) {
     Route broken;
     broken.body = QByteArray(1 << 20, 'x');
-    broken.closeMidBody = true;
+    broken.cutAfter = broken.body.size() / 2;
     server_.route("/broken.glb", broken);
     // The failure is delivered by the HTTP client's thread, not through the main queue.
     const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/broken.glb")));
