@@ -5,6 +5,7 @@
 #include "support/Corpus.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 using namespace orvanta;
 using namespace orvanta::testing;
@@ -73,6 +74,28 @@ TEST_F(NetworkManagerCache, FollowsRedirectsAndCachesUnderTheRequestedName) {
     const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/old/dish.glb")));
     EXPECT_TRUE(outcome.finished);
     EXPECT_EQ(cacheFiles(), QStringList{"dish.glb"});
+}
+
+TEST_F(NetworkManagerCache, APlantedLinkIsReplacedNeverFollowedAndAnUnusableTmpdirWritesNothing) {
+    QTemporaryDir elsewhere;
+    const QString planted = elsewhere.filePath("planted.glb");
+    TestModels::write(planted.toStdString(), TestModels::glbWithNodes(1));
+    ASSERT_TRUE(QFile::link(planted, QString::fromStdString(cachePath("dish.glb"))));
+    serveModel("/dish.glb", 2);
+    const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/dish.glb")));
+    ASSERT_TRUE(outcome.value.has_value());
+    EXPECT_EQ((*outcome.value)->childNodes().size(), 2u); // the served model, not the planted one
+    EXPECT_EQ(server_.requestCount("/dish.glb"), 1);
+    EXPECT_FALSE(QFileInfo(QString::fromStdString(cachePath("dish.glb"))).isSymLink());
+    EXPECT_EQ(QFileInfo(planted).size(), static_cast<qint64>(TestModels::glbWithNodes(1).size()));
+
+    // A TMPDIR that names no directory is an error; nothing lands at the file-system root.
+    setenv("TMPDIR", cachePath("missing").c_str(), 1);
+    const auto refused = awaitOutcome(network_->loadSceneKitModel(server_.url("/orvanta-root-check.glb")));
+    ASSERT_TRUE(refused.error.has_value());
+    EXPECT_EQ(refused.error->domain(), "TemporaryDirectoryError");
+    EXPECT_EQ(server_.requestCount("/orvanta-root-check.glb"), 0);
+    EXPECT_FALSE(QFileInfo::exists("/orvanta-root-check.glb"));
 }
 
 using NetworkManagerTransfer = ModelsFixture;
