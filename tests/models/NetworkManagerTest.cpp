@@ -5,6 +5,8 @@
 #include "support/Corpus.h"
 
 #include <QFile>
+#include <algorithm>
+#include <atomic>
 #include <QFileInfo>
 
 using namespace orvanta;
@@ -118,6 +120,38 @@ TEST_F(NetworkManagerTransfer, ConnectionClosedMidBodyFailsOffTheMainThreadAndLe
     serveModel("/again/broken.glb");
     EXPECT_TRUE(awaitOutcome(network_->loadSceneKitModel(server_.url("/again/broken.glb"))).finished);
     EXPECT_EQ(server_.requestCount("/again/broken.glb"), 1);
+}
+
+TEST_F(NetworkManagerTransfer, ConcurrentLoadsDeliverEveryValueAndCompletionOnTheMainQueue) {
+    constexpr int loads = 20;
+    struct Delivery {
+        std::atomic<bool> valueOnMain{false}, completedOnMain{false}, done{false}, failed{false};
+    };
+    std::vector<Delivery> deliveries(loads);
+    std::vector<core::Cancellable> keep;
+    for (int i = 0; i < loads; ++i) {
+        const std::string path = "/concurrent/dish-" + std::to_string(i) + ".glb";
+        serveModel(path);
+        Delivery& d = deliveries[static_cast<std::size_t>(i)];
+        auto onCompletion = [&d, this](const core::Completion& c) {
+            d.completedOnMain = main_->isCurrent();
+            d.failed = !c.isFinished();
+            d.done = true;
+        };
+        if (i % 2 == 0)
+            keep.push_back(network_->loadSceneKitModel(server_.url(path)).sink(onCompletion, [&d, this](NodePtr) { d.valueOnMain = main_->isCurrent(); }));
+        else
+            keep.push_back(network_->loadModel(server_.url(path)).sink(onCompletion, [&d, this](EntityPtr) { d.valueOnMain = main_->isCurrent(); }));
+    }
+    ASSERT_TRUE(main_->runUntil([&] { return std::all_of(deliveries.begin(), deliveries.end(), [](const Delivery& d) { return d.done.load(); }); },
+                                std::chrono::seconds(120)));
+    for (int i = 0; i < loads; ++i) {
+        SCOPED_TRACE(i);
+        const Delivery& d = deliveries[static_cast<std::size_t>(i)];
+        EXPECT_FALSE(d.failed);
+        EXPECT_TRUE(d.valueOnMain);
+        EXPECT_TRUE(d.completedOnMain);
+    }
 }
 
 TEST_F(NetworkManagerTransfer, SlowServerTimesOut) {

@@ -2,6 +2,9 @@
 
 #include "models/OrvARViewModel.h"
 
+#include <QCoreApplication>
+#include <QThread>
+
 using namespace orvanta;
 using namespace orvanta::testing;
 
@@ -65,4 +68,22 @@ TEST_F(OrvARViewModelLoads, ReleasedViewModelDropsTheResult) {
     main_->advance(1);
     main_->runUntil([] { return false; }, std::chrono::milliseconds(300));
     EXPECT_EQ(log_.lines(), std::vector<std::string>{"File already exists locally: " + cachePath("late.glb")});
+}
+
+TEST_F(OrvARViewModelLoads, ATransferFailureEndsLoadingAndObserversHearOfItOnTheViewModelsThread) {
+    Route broken;
+    broken.body = QByteArray(64 * 1024, 'x');
+    broken.cutAfter = 1000;
+    server_.route("/cut.glb", broken);
+    auto model = OrvARViewModel::make(network_);
+    std::vector<QThread*> notified;
+    QObject::connect(model.get(), &OrvARViewModel::loadingChanged, [&] { notified.push_back(QThread::currentThread()); });
+    model->loadModel(server_.url("/cut.glb"));
+    ASSERT_TRUE(main_->runUntil([&] {
+        QCoreApplication::processEvents();
+        return notified.size() == 2;
+    }));
+    EXPECT_FALSE(model->loading());
+    EXPECT_EQ(notified, (std::vector<QThread*>{model->thread(), model->thread()}));
+    EXPECT_EQ(model->modelEntity(), nullptr);
 }
