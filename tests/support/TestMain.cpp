@@ -7,8 +7,11 @@
 #include <QCoreApplication>
 #include <gtest/gtest.h>
 
+#include <memory>
+
 int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
+    // On the heap, so that a death test can take it away.
+    auto app = std::make_unique<QCoreApplication>(argc, argv);
     testing::InitGoogleTest(&argc, argv);
     // The process runs Qt threads; a death test re-runs the program instead of forking it.
     GTEST_FLAG_SET(death_test_style, "threadsafe");
