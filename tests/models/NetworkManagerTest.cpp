@@ -5,6 +5,8 @@
 #include "support/Corpus.h"
 
 #include <QFile>
+#include <csignal>
+#include <sys/resource.h>
 #include <algorithm>
 #include <atomic>
 #include <QFileInfo>
@@ -152,6 +154,28 @@ TEST_F(NetworkManagerTransfer, ConcurrentLoadsDeliverEveryValueAndCompletionOnTh
         EXPECT_TRUE(d.valueOnMain);
         EXPECT_TRUE(d.completedOnMain);
     }
+}
+
+TEST_F(NetworkManagerTransfer, AWriteFailureNamesItsCauseAndLeavesNoFile) {
+    Route big;
+    big.body = QByteArray(1 << 20, 'b');
+    server_.route("/big.glb", big);
+    // A file-size limit makes the disk refuse the body part way, as a full disk would.
+    struct rlimit saved {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
+    const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
+    struct rlimit small = saved;
+    small.rlim_cur = 64 * 1024;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/big.glb")));
+    setrlimit(RLIMIT_FSIZE, &saved);
+    std::signal(SIGXFSZ, previousHandler);
+    ASSERT_TRUE(outcome.error.has_value());
+    EXPECT_EQ(outcome.error->domain(), "FileWriteError");
+    EXPECT_EQ(outcome.error->code(), EFBIG);
+    EXPECT_NE(outcome.error->localizedDescription().find(": File too large"), std::string::npos)
+        << outcome.error->localizedDescription();
+    EXPECT_TRUE(cacheFiles().isEmpty());
 }
 
 TEST_F(NetworkManagerTransfer, SlowServerTimesOut) {
