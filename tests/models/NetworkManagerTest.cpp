@@ -5,11 +5,13 @@
 #include "support/Corpus.h"
 
 #include <QFile>
-#include <csignal>
-#include <sys/resource.h>
+#include <QFileInfo>
+
 #include <algorithm>
 #include <atomic>
-#include <QFileInfo>
+#include <csignal>
+
+#include <sys/resource.h>
 
 using namespace orvanta;
 using namespace orvanta::testing;
@@ -241,6 +243,19 @@ TEST_F(NetworkManagerLoaders, EntityArrivesOnTheMainQueue) {
     ASSERT_TRUE(outcome.value.has_value());
     EXPECT_TRUE(outcome.deliveredOnMain);
     EXPECT_EQ((*outcome.value)->name(), "one.glb");
+}
+
+TEST_F(NetworkManagerLoaders, LinksWithoutAFileExtensionLoadByTheirContent) {
+    serveModel("/models/dish", 2);
+    serveModel("/model", 3);
+    for (const std::string link : {"/models/dish", "/model?id=42"}) {
+        SCOPED_TRACE(link);
+        const auto node = awaitOutcome(network_->loadSceneKitModel(server_.url(link)));
+        ASSERT_TRUE(node.value.has_value()) << node.error->description();
+        const auto entity = awaitOutcome(network_->loadModel(server_.url(link)));
+        ASSERT_TRUE(entity.value.has_value()) << entity.error->description();
+        EXPECT_EQ((*node.value)->childNodes().size(), link == "/models/dish" ? 2u : 3u);
+    }
 }
 
 TEST_F(NetworkManagerLoaders, EveryOwnErrorHasItsDomainCodeAndMessage) {
