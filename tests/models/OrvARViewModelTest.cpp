@@ -5,6 +5,8 @@
 #include <QCoreApplication>
 #include <QThread>
 
+#include <atomic>
+
 using namespace orvanta;
 using namespace orvanta::testing;
 
@@ -65,8 +67,13 @@ TEST_F(OrvARViewModelLoads, ReleasedViewModelDropsTheResult) {
     std::weak_ptr<OrvARViewModel> weak = model;
     model.reset();
     EXPECT_TRUE(weak.expired());
-    main_->advance(1);
-    main_->runUntil([] { return false; }, std::chrono::milliseconds(300));
+    // The load's first hop queues the import on the (serial) background queue; a marker
+    // queued behind it runs once the import is done and its result is queued here.
+    main_->runPending();
+    std::atomic<bool> imported{false};
+    core::Dispatch::background()->async([&] { imported = true; });
+    ASSERT_TRUE(main_->runUntil([&] { return imported.load(); }));
+    main_->runPending();
     EXPECT_EQ(log_.lines(), std::vector<std::string>{"File already exists locally: " + cachePath("late.glb")});
 }
 
