@@ -28,8 +28,11 @@ bool fileExists(const core::Url& url) {
 core::Url moveIntoCache(const net::DownloadedFile& download, const core::Url& destination) {
     std::error_code error;
     std::filesystem::rename(download.path(), destination.path(), error);
-    if (error)
+    if (error) {
+        std::error_code ignored;
+        std::filesystem::remove(download.path(), ignored); // at once, not when the transfer is freed
         throw core::Error("FileWriteError", error.value(), "Could not write " + destination.path() + ": " + error.message());
+    }
     download.keep();
     return destination;
 }

@@ -207,6 +207,17 @@ TEST_F(NetworkManagerTransfer, HostileFileNamesNeverReachTheFileSystem) {
     EXPECT_EQ(server_.requestCount(), 0);
     EXPECT_TRUE(cacheFiles().isEmpty());
     EXPECT_TRUE(QDir(cacheDir_.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).isEmpty());
+
+    // A name longer than the file system allows is fetched, then refused by the disk, which
+    // says why; nothing stays behind.
+    const std::string longName = "/" + std::string(300, 'n') + ".glb";
+    serveModel(longName);
+    const auto tooLong = awaitOutcome(network_->loadSceneKitModel(server_.url(longName)));
+    ASSERT_TRUE(tooLong.error.has_value());
+    EXPECT_EQ(tooLong.error->domain(), "FileWriteError");
+    EXPECT_NE(tooLong.error->localizedDescription().find(": File name too long"), std::string::npos)
+        << tooLong.error->localizedDescription();
+    EXPECT_TRUE(cacheFiles().isEmpty());
 }
 
 TEST_F(NetworkManagerTransfer, RequestsCarryNothingOfTheKit) {
