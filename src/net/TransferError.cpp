@@ -1,5 +1,7 @@
 #include "net/TransferError.h"
 
+#include <utility>
+
 namespace orvanta::net {
 
 namespace {
@@ -26,23 +28,19 @@ TransferErrorCode codeFor(QNetworkReply::NetworkError error) {
 } // namespace
 
 bool TransferError::reportsOnlyTheStatus(QNetworkReply::NetworkError code, int status) {
-    switch (status) {
-    case 400: return code == QNetworkReply::ProtocolInvalidOperationError;
-    case 401: return code == QNetworkReply::AuthenticationRequiredError;
-    case 403: return code == QNetworkReply::ContentAccessDenied;
-    case 404: return code == QNetworkReply::ContentNotFoundError;
-    case 405: return code == QNetworkReply::ContentOperationNotPermittedError;
-    case 407: return code == QNetworkReply::ProxyAuthenticationRequiredError;
-    case 409: return code == QNetworkReply::ContentConflictError;
-    case 410: return code == QNetworkReply::ContentGoneError;
-    case 418: return code == QNetworkReply::ProtocolInvalidOperationError;
-    case 500: return code == QNetworkReply::InternalServerError;
-    case 501: return code == QNetworkReply::OperationNotImplementedError;
-    case 503: return code == QNetworkReply::ServiceUnavailableError;
-    default:
-        if (status > 500) return code == QNetworkReply::UnknownServerError;
-        return status >= 400 && code == QNetworkReply::UnknownContentError;
-    }
+    // The statuses Qt names an error of its own for; other 4xx and 5xx share one each.
+    static constexpr std::pair<int, QNetworkReply::NetworkError> named[] = {
+        {400, QNetworkReply::ProtocolInvalidOperationError}, {401, QNetworkReply::AuthenticationRequiredError},
+        {403, QNetworkReply::ContentAccessDenied},           {404, QNetworkReply::ContentNotFoundError},
+        {405, QNetworkReply::ContentOperationNotPermittedError}, {407, QNetworkReply::ProxyAuthenticationRequiredError},
+        {409, QNetworkReply::ContentConflictError},          {410, QNetworkReply::ContentGoneError},
+        {418, QNetworkReply::ProtocolInvalidOperationError}, {500, QNetworkReply::InternalServerError},
+        {501, QNetworkReply::OperationNotImplementedError},  {503, QNetworkReply::ServiceUnavailableError},
+    };
+    for (const auto& [namedStatus, error] : named)
+        if (status == namedStatus) return code == error;
+    if (status > 500) return code == QNetworkReply::UnknownServerError;
+    return status >= 400 && code == QNetworkReply::UnknownContentError;
 }
 
 core::Error TransferError::fromReply(QNetworkReply::NetworkError code, const QString& detail) {
