@@ -198,8 +198,8 @@ void HttpClient::start(const core::Url& url, const std::string& directory,
         QNetworkRequest request(url.toQUrl());
         request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
         request.setTransferTimeout(static_cast<int>(limits.idleTimeout.count()));
-        // Naming the encodings the kit decodes keeps the HTTP stack from decoding bodies
-        // itself (see ContentDecoder); these are the ones it would have named.
+        // Naming the accepted encodings keeps the HTTP stack from decoding bodies itself,
+        // which it does without noticing a compressed stream cut short (see ContentDecoder).
         request.setRawHeader("Accept-Encoding", "gzip, deflate");
         QNetworkReply* reply = manager->get(request); // Qt ownership: deleted below with deleteLater
         QPointer<QNetworkReply> guard(reply);

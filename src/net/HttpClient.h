@@ -1,8 +1,9 @@
 #pragma once
 // Plain HTTP(S) GETs of whole bodies, run on the client's own worker thread and streamed
-// to disk as they arrive. Nothing is added to a request (no headers of the kit's, no
-// credentials), and the response status is handed over, never judged.
-// Thread: get() from any thread; delivery happens on the client's worker thread.
+// to disk as they arrive, within the client's TransferLimits. The only header the kit sets
+// is Accept-Encoding, naming the encodings it decodes (no credentials, nothing of its own),
+// and the response status is handed over, never judged.
+// Thread: download() from any thread; delivery happens on the client's worker thread.
 
 #include "core/EventLoopScheduler.h"
 #include "core/Publisher.h"
