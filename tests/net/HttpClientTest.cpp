@@ -30,7 +30,9 @@ struct Delivery {
 class HttpClientTest : public ::testing::Test {
 protected:
     // Downloads `path` from the server and waits for the outcome (generously bounded).
-    Delivery download(const std::string& path, const net::TransferLimits& limits = {.idleTimeout = 10s}) {
+    // `limits` null: the client follows the process's default limits.
+    Delivery download(const std::string& path,
+                      const std::optional<net::TransferLimits>& limits = net::TransferLimits{.idleTimeout = 10s}) {
         net::HttpClient client(limits);
         std::mutex mutex;
         std::condition_variable arrived;
@@ -217,4 +219,14 @@ TEST_F(HttpClientTest, RedirectsAreFollowedOnlyToHttpAndNotForever) {
     if (file.file) ADD_FAILURE() << "served " << contents(*file.file).left(40).toStdString();
     expectTransferError(file, -1002);
     EXPECT_TRUE(filesLeft().isEmpty());
+}
+
+TEST_F(HttpClientTest, AClientWithoutLimitsOfItsOwnFollowsTheProcessDefaults) {
+    server_.route("/four-kib", withBody(pattern(4096)));
+    const net::TransferLimits original = net::HttpClient::shared()->limits();
+    net::HttpClient::setDefaultLimits({.maximumBodySize = 1024});
+    const Delivery capped = download("/four-kib", std::nullopt);
+    net::HttpClient::setDefaultLimits(original);
+    expectTransferError(capped, -1103);
+    EXPECT_TRUE(download("/four-kib", std::nullopt).file.has_value());
 }
