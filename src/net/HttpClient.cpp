@@ -48,7 +48,8 @@ struct Transfer {
     std::unique_ptr<ContentDecoder> decoder; // made when the first body bytes arrive
     std::vector<char> buffer = std::vector<char>(chunkSize);
     qint64 received = 0; // body bytes as they came over the wire
-    qint64 written = 0;  // decoded bytes in the file
+    qint64 written = 0;  // decoded bytes, in the file or pending
+    std::vector<char> pending; // decoded bytes not written yet
     std::optional<core::Error> stop; // why the transfer ends early
 
     // The answer's head: a declared length over the maximum ends the transfer at once.
@@ -73,13 +74,29 @@ struct Transfer {
         if (stop) reply.abort();
     }
 
-    // Appends decoded bytes to the file. The descriptor is written directly so that a
-    // failure keeps the system's reason (no space left, and so on).
+    // Appends decoded bytes to the file, gathering small pieces so that the disk sees few
+    // large writes.
     bool write(const char* data, qint64 size) {
         if (written + size > limits.maximumBodySize) {
             stop = tooLarge();
             return false;
         }
+        written += size;
+        if (!pending.empty() && qint64(pending.size()) + size > chunkSize && !flush()) return false;
+        if (size >= chunkSize) return writeOut(data, size);
+        pending.insert(pending.end(), data, data + size);
+        return true;
+    }
+
+    bool flush() {
+        const bool ok = writeOut(pending.data(), qint64(pending.size()));
+        pending.clear();
+        return ok;
+    }
+
+    // The descriptor is written directly so that a failure keeps the system's reason (no
+    // space left, and so on).
+    bool writeOut(const char* data, qint64 size) {
         while (size > 0) {
             const ssize_t n = ::write(file->handle(), data, static_cast<std::size_t>(size));
             if (n < 0 && errno == EINTR) continue;
@@ -90,7 +107,6 @@ struct Transfer {
             }
             data += n;
             size -= n;
-            written += n;
         }
         return true;
     }
@@ -124,6 +140,7 @@ struct Transfer {
         if (declared.isValid() && received < declared.toLongLong())
             return fail(TransferError::make(TransferErrorCode::networkConnectionLost, "The network connection was lost."));
         if (!decoder->finish()) return fail(undecodable());
+        if (!flush()) return fail(*stop);
         file->close();
         sink->receive(DownloadedFile{file, status, written});
         sink->complete(core::Completion::finished());
