@@ -1,6 +1,9 @@
 #include "core/Dispatch.h"
 
-#include <cassert>
+#include "core/EventLoopScheduler.h"
+
+#include <QCoreApplication>
+
 #include <mutex>
 
 namespace orvanta::core {
@@ -19,13 +22,19 @@ Queues& queues() {
 
 std::shared_ptr<Scheduler> Dispatch::main() {
     std::lock_guard lock(queues().mutex);
-    assert(queues().main && "no main queue installed");
+    if (!queues().main) {
+        QCoreApplication* application = QCoreApplication::instance();
+        if (!application)
+            qFatal("OrvantaARFoodSDK needs a Qt application object (QGuiApplication or QCoreApplication) "
+                   "before it is used: its main queue is that application's event loop.");
+        queues().main = std::make_shared<EventLoopScheduler>(application);
+    }
     return queues().main;
 }
 
 std::shared_ptr<Scheduler> Dispatch::background() {
     std::lock_guard lock(queues().mutex);
-    assert(queues().background && "no background queue installed");
+    if (!queues().background) queues().background = EventLoopScheduler::withWorkerThread("orvanta-background");
     return queues().background;
 }
 

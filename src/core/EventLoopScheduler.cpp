@@ -48,8 +48,9 @@ void EventLoopScheduler::async(Task task) {
 void EventLoopScheduler::asyncAfter(double seconds, Task task) {
     QObject* context = context_.data();
     const int ms = toMilliseconds(seconds);
-    // Timers must be started on the loop's own thread.
-    async([context, ms, task = std::move(task)] { QTimer::singleShot(ms, context, task); });
+    // Timers must be started on the loop's own thread. A precise timer never fires early (a
+    // coarse one may, by up to 5 % of its interval).
+    async([context, ms, task = std::move(task)] { QTimer::singleShot(ms, Qt::PreciseTimer, context, task); });
 }
 
 RepeatingTimer EventLoopScheduler::scheduleRepeating(double interval, Task task) {
@@ -59,6 +60,7 @@ RepeatingTimer EventLoopScheduler::scheduleRepeating(double interval, Task task)
     async([context, ms, valid, task = std::move(task)] {
         auto* timer = new QTimer(context); // Qt ownership: the context parents it; it deletes itself once invalid
         timer->setInterval(ms);
+        timer->setTimerType(Qt::PreciseTimer);
         QObject::connect(timer, &QTimer::timeout, timer, [timer, valid, task] {
             if (!valid->load()) {
                 timer->stop();

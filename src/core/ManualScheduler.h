@@ -32,7 +32,7 @@ public:
     // Runs due tasks as they become due (other threads may queue them) until `done()`
     // holds or `timeout` of real time has passed. Returns whether done() held.
     bool runUntil(const std::function<bool()>& done,
-                  std::chrono::milliseconds timeout = std::chrono::seconds(10));
+                  std::chrono::milliseconds timeout = std::chrono::seconds(60));
 
 private:
     using Key = std::pair<double, std::uint64_t>; // due time, then arrival order

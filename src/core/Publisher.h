@@ -12,9 +12,10 @@
 #include "core/Scheduler.h"
 #include "core/Sink.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
+#include <optional>
 #include <type_traits>
 
 namespace orvanta::core {
@@ -36,47 +37,26 @@ public:
         return Cancellable(token);
     }
 
-    // `transform(value)` returns the Publisher whose value and completion are forwarded.
-    // The result finishes when both this stream and the inner stream have finished.
+    // `transform(value)` returns the Publisher whose value and completion are forwarded. A
+    // stream delivers at most one value, so once this one has, the inner stream alone ends
+    // the result, on the inner stream's thread; without a value, this stream's end passes.
     template <class F>
     auto flatMap(F transform) const {
         using Inner = std::invoke_result_t<F, T>;
         using U = typename Inner::Output;
         Producer upstream = producer_;
         return Publisher<U>([upstream, transform](const std::shared_ptr<Sink<U>>& down) {
-            struct Pending {
-                std::mutex mutex;
-                bool upstreamFinished = false;
-                int activeInner = 0;
-            };
-            auto pending = std::make_shared<Pending>();
-            auto finishIfIdle = [pending, down](auto mark) {
-                bool finish;
-                {
-                    std::lock_guard lock(pending->mutex);
-                    mark(*pending);
-                    finish = pending->upstreamFinished && pending->activeInner == 0;
-                }
-                if (finish) down->complete(Completion::finished());
-            };
+            auto valueSeen = std::make_shared<std::atomic<bool>>(false);
             upstream(std::make_shared<Sink<T>>(
-                [down, transform, pending, finishIfIdle](T value) {
-                    {
-                        std::lock_guard lock(pending->mutex);
-                        ++pending->activeInner;
-                    }
+                [down, transform, valueSeen](T value) {
+                    valueSeen->store(true);
                     transform(std::move(value))
-                        .subscribe(std::make_shared<Sink<U>>(
-                            [down](U inner) { down->receive(std::move(inner)); },
-                            [down, finishIfIdle](const Completion& c) {
-                                if (!c.isFinished()) return down->complete(c);
-                                finishIfIdle([](Pending& p) { --p.activeInner; });
-                            },
-                            down->token()));
+                        .subscribe(std::make_shared<Sink<U>>([down](U inner) { down->receive(std::move(inner)); },
+                                                             [down](const Completion& c) { down->complete(c); },
+                                                             down->token()));
                 },
-                [down, finishIfIdle](const Completion& c) {
-                    if (!c.isFinished()) return down->complete(c);
-                    finishIfIdle([](Pending& p) { p.upstreamFinished = true; });
+                [down, valueSeen](const Completion& c) {
+                    if (!c.isFinished() || !valueSeen->load()) down->complete(c);
                 },
                 down->token()));
         });

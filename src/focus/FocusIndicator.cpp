@@ -24,6 +24,10 @@ std::shared_ptr<FocusIndicator> FocusIndicator::make(const std::shared_ptr<reali
                                                      FocusIndicatorComponent focus) {
     assert(arView);
     auto indicator = std::make_shared<FocusIndicator>(Token{}, arView, std::move(focus));
+    // Children are added once the square is held by a shared_ptr: the child keeps a weak
+    // link to its parent, which a constructor cannot give yet.
+    indicator->addChild(indicator->positioningEntity_);
+    indicator->displayAsBillboard();
     arView->scene().addAnchor(indicator);
     indicator->setAutoUpdate(true);
     if (const auto classic = indicator->focus_.classicStyle()) {
@@ -43,10 +47,8 @@ FocusIndicator::FocusIndicator(Token, const std::shared_ptr<reality::ARView>& ar
     raycastResults_.reserve(kRaycastResultCapacity);
     // The square's meshes lie in the x–z plane; a quarter turn about x makes it face +z.
     positioningEntity_->setOrientation(QQuaternion::fromAxisAndAngle(1.0f, 0.0f, 0.0f, 90.0f));
-    addChild(positioningEntity_);
     cameraAnchor_ = std::make_shared<reality::AnchorEntity>(reality::AnchoringComponent::camera());
     arView->scene().addAnchor(cameraAnchor_);
-    displayAsBillboard();
 }
 
 FocusIndicator::~FocusIndicator() = default;

@@ -3,6 +3,7 @@
 #include "import/GltfLayoutCheck.h"
 #include "import/ImportError.h"
 
+#include <assimp/DefaultIOSystem.h>
 #include <assimp/Importer.hpp>
 #include <assimp/GltfMaterial.h>
 #include <assimp/postprocess.h>
@@ -256,6 +257,30 @@ unsigned postProcessing(const std::string& format) {
     return isGltf(format) ? always : always | aiProcess_JoinIdenticalVertices;
 }
 
+// Opens the files a model names (external buffers, material libraries) relative to the
+// model's own folder, while the model itself is read from memory.
+class FolderIOSystem : public Assimp::DefaultIOSystem {
+public:
+    explicit FolderIOSystem(std::string folder) : folder_(std::move(folder)) {}
+    bool Exists(const char* file) const override { return DefaultIOSystem::Exists(resolve(file).c_str()); }
+    Assimp::IOStream* Open(const char* file, const char* mode) override {
+        return DefaultIOSystem::Open(resolve(file).c_str(), mode);
+    }
+
+private:
+    std::string resolve(const char* file) const { return file[0] == '/' ? file : folder_ + '/' + file; }
+    std::string folder_;
+};
+
+// The reader the import library uses. glTF was recognised from the bytes. Other formats
+// are recognised by the library from their bytes when the name has no extension, and by
+// the extension otherwise (some, binary STL for one, have no signature to go by).
+std::string readerHint(const std::string& format, const QFileInfo& file) {
+    if (isGltf(format)) return format;
+    const std::string suffix = file.suffix().toLower().toStdString();
+    return suffix == "glb" || suffix == "gltf" ? std::string() : suffix;
+}
+
 core::Result<ImportedScene> convert(const Assimp::Importer& importer, const aiScene* scene, QString baseDir,
                                     std::string format) {
     if (!scene || !scene->mRootNode || (scene->mFlags & AI_SCENE_FLAGS_INCOMPLETE)) {
@@ -270,17 +295,22 @@ core::Result<ImportedScene> convert(const Assimp::Importer& importer, const aiSc
 
 core::Result<ImportedScene> AssimpImporter::importFile(const std::string& path, std::string formatName) {
     const QFileInfo info(QString::fromStdString(path));
+    QFile file(info.filePath());
+    if (!file.open(QIODevice::ReadOnly))
+        return importError(ImportErrorCode::unreadableFile, "Cannot open " + path + ": " + file.errorString().toStdString());
+    // The file is mapped once: the layout check and the import library read the same bytes,
+    // and the library is told the format instead of guessing it from the file's name.
+    uchar* mapped = file.size() > 0 ? file.map(0, file.size()) : nullptr;
+    if (!mapped)
+        return importError(ImportErrorCode::unreadableFile, "Cannot read " + path + ": " + file.errorString().toStdString());
+    const std::span<const std::uint8_t> bytes(mapped, static_cast<std::size_t>(file.size()));
     if (isGltf(formatName)) {
-        QFile file(info.filePath());
-        if (!file.open(QIODevice::ReadOnly))
-            return importError(ImportErrorCode::unreadableFile, "Cannot open " + path + ": " + file.errorString().toStdString());
-        const QByteArray bytes = file.readAll();
-        const std::span<const std::uint8_t> view(reinterpret_cast<const std::uint8_t*>(bytes.constData()),
-                                                 static_cast<std::size_t>(bytes.size()));
-        if (auto error = GltfLayoutCheck::check(view, info.absolutePath())) return *error;
+        if (auto error = GltfLayoutCheck::check(bytes, info.absolutePath())) return *error;
     }
     Assimp::Importer importer;
-    const aiScene* scene = importer.ReadFile(path, postProcessing(formatName));
+    importer.SetIOHandler(new FolderIOSystem(info.absolutePath().toStdString())); // Assimp ownership
+    const aiScene* scene = importer.ReadFileFromMemory(bytes.data(), bytes.size(), postProcessing(formatName),
+                                                        readerHint(formatName, info).c_str());
     return convert(importer, scene, info.absolutePath(), std::move(formatName));
 }
 

@@ -15,18 +15,24 @@ namespace orvanta {
 
 namespace {
 
+// True for a regular file at the URL's path. A symbolic link there is never followed: it is
+// no cached model, and a download replaces the link itself.
 bool fileExists(const core::Url& url) {
     std::error_code ignored;
-    return std::filesystem::exists(url.path(), ignored);
+    return std::filesystem::symlink_status(url.path(), ignored).type() == std::filesystem::file_type::regular;
 }
 
 // Moves a finished download to its place in the cache. The body was streamed into a hidden
-// file beside it, so an interrupted transfer never leaves a file that would count as cached.
+// file beside it, so an interrupted transfer never leaves a file that would count as cached;
+// renaming replaces whatever is at the destination and never writes through a link.
 core::Url moveIntoCache(const net::DownloadedFile& download, const core::Url& destination) {
     std::error_code error;
     std::filesystem::rename(download.path(), destination.path(), error);
-    if (error)
+    if (error) {
+        std::error_code ignored;
+        std::filesystem::remove(download.path(), ignored); // at once, not when the transfer is freed
         throw core::Error("FileWriteError", error.value(), "Could not write " + destination.path() + ": " + error.message());
+    }
     download.keep();
     return destination;
 }
@@ -42,7 +48,9 @@ core::Result<core::Url> NetworkManager::getLocalFileURL(const core::Url& url) co
     if (component.empty() || component == "." || component == ".." ||
         component.find('/') != std::string::npos || component.find('\0') != std::string::npos)
         return ARModelError::unusableCacheName(component);
-    return core::TemporaryDirectory::url().appendingPathComponent(component);
+    auto directory = core::TemporaryDirectory::url();
+    if (!directory) return directory.error();
+    return directory->appendingPathComponent(component);
 }
 
 core::Publisher<core::Url> NetworkManager::downloadAndCacheModel(const core::Url& from) {
@@ -54,7 +62,7 @@ core::Publisher<core::Url> NetworkManager::downloadAndCacheModel(const core::Url
         return core::Just(destination);
     }
     // The response status is deliberately not examined: whatever body arrives is the model.
-    const std::string cacheDirectory = core::TemporaryDirectory::url().path();
+    const std::string cacheDirectory = std::filesystem::path(destination.path()).parent_path().string();
     return session_->download(from, cacheDirectory).tryMap([destination](const net::DownloadedFile& download) {
         moveIntoCache(download, destination);
         core::Log::print("Downloaded and saved model to: " + destination.path());

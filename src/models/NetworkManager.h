@@ -48,7 +48,8 @@ protected:
     virtual core::Publisher<SceneNodePtr> loadSceneKitModelFromLocalURL(const core::Url& url);
     // The cache file for a remote URL: the temporary directory plus the last path
     // component. A component that is empty, "." or "..", or holds a '/' or a NUL, could
-    // name something outside the cache and is refused.
+    // name something outside the cache and is refused, as is an unusable or shared
+    // temporary directory (see core::TemporaryDirectory).
     virtual core::Result<core::Url> getLocalFileURL(const core::Url& url) const;
 
 private:

@@ -2,6 +2,8 @@
 
 #include "core/Log.h"
 
+#include <QThread>
+
 namespace orvanta {
 
 namespace {
@@ -42,8 +44,13 @@ void OrvARViewModel::setScnModel(NetworkManager::SceneNodePtr model) {
 }
 
 void OrvARViewModel::setLoading(bool loading) {
-    loading_ = loading;
-    emit loadingChanged();
+    loading_.store(loading);
+    if (QThread::currentThread() == thread()) {
+        emit loadingChanged();
+        return;
+    }
+    // Dropped by Qt if the view model is gone before its thread gets to it.
+    QMetaObject::invokeMethod(this, [this] { emit loadingChanged(); }, Qt::QueuedConnection);
 }
 
 void OrvARViewModel::loadModel(const std::string& link) {

@@ -7,13 +7,16 @@
 // Ownership: made by make() and held by std::shared_ptr; running loads hold it weakly, so
 // a released view model silently drops their results.
 // Threads: call on the main thread. Models arrive on the main thread; a failure during the
-// download arrives on the HTTP client's worker thread.
+// download arrives on the HTTP client's worker thread, which writes `loading` there. Change
+// signals are always emitted on the view model's own thread, so bindings never see one
+// from another thread.
 
 #include "core/CancellableSet.h"
 #include "models/NetworkManager.h"
 
 #include <QObject>
 
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -40,7 +43,7 @@ public:
     void setModelEntity(NetworkManager::ModelEntityPtr model);
     NetworkManager::SceneNodePtr scnModel() const { return scnModel_; }
     void setScnModel(NetworkManager::SceneNodePtr model);
-    bool loading() const { return loading_; }
+    bool loading() const { return loading_.load(); }
     void setLoading(bool loading);
     bool hasModelEntity() const { return modelEntity_ != nullptr; }
     bool hasScnModel() const { return scnModel_ != nullptr; }
@@ -61,7 +64,7 @@ private:
     NetworkManager::ModelEntityPtr modelEntity_;
     NetworkManager::SceneNodePtr scnModel_;
     core::CancellableSet cancellables_;
-    bool loading_ = false;
+    std::atomic<bool> loading_{false}; // written from the HTTP client's thread on a failure
 };
 
 } // namespace orvanta

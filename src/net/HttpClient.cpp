@@ -1,15 +1,21 @@
 #include "net/HttpClient.h"
 
+#include "net/ContentDecoder.h"
 #include "net/TransferError.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QPointer>
+#include <QTimer>
 
+#include <cerrno>
+#include <cstring>
 #include <mutex>
 #include <optional>
 #include <vector>
+
+#include <unistd.h>
 
 namespace orvanta::net {
 
@@ -17,53 +23,124 @@ namespace {
 
 constexpr qint64 chunkSize = 256 * 1024;
 
-// Qt reports a 4xx or 5xx answer as an error of these classes; the transfer itself worked.
-bool isHttpStatusError(QNetworkReply::NetworkError error) {
-    const int code = static_cast<int>(error);
-    return (code >= 201 && code <= 299) || error == QNetworkReply::ProtocolInvalidOperationError ||
-           (code >= 401 && code <= 499);
+core::Error tooLarge() {
+    return TransferError::make(TransferErrorCode::dataLengthExceedsMaximum, "The resource exceeds the maximum size.");
 }
 
-// One transfer in flight: the reply and the file its body streams into.
+core::Error timedOut() { return TransferError::make(TransferErrorCode::timedOut, "The request timed out."); }
+
+std::mutex& defaultsMutex() {
+    static std::mutex mutex;
+    return mutex;
+}
+
+TransferLimits& defaults() {
+    static TransferLimits limits;
+    return limits;
+}
+
+// One transfer in flight: the reply's body, decoded, streams into a hidden file. Lives on
+// the client's worker thread.
 struct Transfer {
     std::shared_ptr<QTemporaryFile> file;
     std::shared_ptr<core::Sink<DownloadedFile>> sink;
+    TransferLimits limits;
+    std::unique_ptr<ContentDecoder> decoder; // made when the first body bytes arrive
     std::vector<char> buffer = std::vector<char>(chunkSize);
-    qint64 written = 0;
-    std::optional<core::Error> writeError;
+    qint64 received = 0; // body bytes as they came over the wire
+    qint64 written = 0;  // decoded bytes, in the file or pending
+    std::vector<char> pending; // decoded bytes not written yet
+    std::optional<core::Error> stop; // why the transfer ends early
 
-    // Moves what the reply holds into the file; false once the disk refused.
-    bool drain(QNetworkReply& reply) {
-        while (!writeError && reply.bytesAvailable() > 0) {
+    // The answer's head: a declared length over the maximum ends the transfer at once.
+    void headArrived(QNetworkReply& reply) {
+        const QVariant declared = reply.header(QNetworkRequest::ContentLengthHeader);
+        if (declared.isValid() && declared.toLongLong() > limits.maximumBodySize) end(reply, tooLarge());
+    }
+
+    // Moves what the reply holds through the decoder into the file, ending the transfer
+    // when the body grows too large, cannot be decoded or cannot be written.
+    void drain(QNetworkReply& reply) {
+        if (!decoder)
+            decoder = std::make_unique<ContentDecoder>(reply.rawHeader("Content-Encoding"),
+                                                       [this](const char* data, qint64 size) { return write(data, size); });
+        while (!stop && reply.bytesAvailable() > 0) {
             const qint64 n = reply.read(buffer.data(), chunkSize);
             if (n <= 0) break;
-            if (file->write(buffer.data(), n) != n) {
-                writeError = core::Error("FileWriteError", static_cast<int>(file->error()),
-                                         "Could not write " + file->fileName().toStdString() + ": " +
-                                             file->errorString().toStdString());
-            }
-            written += n;
+            received += n;
+            if (received > limits.maximumBodySize) return end(reply, tooLarge());
+            if (!decoder->feed(buffer.data(), n) && !stop) return end(reply, undecodable());
         }
-        return !writeError;
+        if (stop) reply.abort();
+    }
+
+    // Appends decoded bytes to the file, gathering small pieces so that the disk sees few
+    // large writes.
+    bool write(const char* data, qint64 size) {
+        if (written + size > limits.maximumBodySize) {
+            stop = tooLarge();
+            return false;
+        }
+        written += size;
+        if (!pending.empty() && qint64(pending.size()) + size > chunkSize && !flush()) return false;
+        if (size >= chunkSize) return writeOut(data, size);
+        pending.insert(pending.end(), data, data + size);
+        return true;
+    }
+
+    bool flush() {
+        const bool ok = writeOut(pending.data(), qint64(pending.size()));
+        pending.clear();
+        return ok;
+    }
+
+    // The descriptor is written directly so that a failure keeps the system's reason (no
+    // space left, and so on).
+    bool writeOut(const char* data, qint64 size) {
+        while (size > 0) {
+            const ssize_t n = ::write(file->handle(), data, static_cast<std::size_t>(size));
+            if (n < 0 && errno == EINTR) continue;
+            if (n < 0) {
+                stop = core::Error("FileWriteError", errno,
+                                   "Could not write " + file->fileName().toStdString() + ": " + std::strerror(errno));
+                return false;
+            }
+            data += n;
+            size -= n;
+        }
+        return true;
+    }
+
+    core::Error undecodable() const {
+        return TransferError::make(TransferErrorCode::cannotDecodeRawData,
+                                   "The body could not be decoded: " + decoder->error().toStdString());
+    }
+
+    void end(QNetworkReply& reply, core::Error reason) {
+        if (!stop) stop = std::move(reason);
+        reply.abort();
     }
 
     void finish(QNetworkReply& reply) {
+        if (stop) return fail(*stop);
         const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
         // An HTTP error status is still a completed transfer: the caller gets the body.
-        if (reply.error() != QNetworkReply::NoError && !(status > 0 && isHttpStatusError(reply.error()))) {
-            // The transfer time-out aborts the reply; a cancel by the subscriber never gets
+        if (reply.error() != QNetworkReply::NoError && !TransferError::reportsOnlyTheStatus(reply.error(), status)) {
+            // The idle time-out aborts the reply; a cancel by the subscriber never gets
             // here because its sink drops everything.
             return fail(reply.error() == QNetworkReply::OperationCanceledError
-                            ? TransferError::make(TransferErrorCode::timedOut, "The request timed out.")
+                            ? timedOut()
                             : TransferError::fromReply(reply.error(), reply.errorString()));
         }
-        if (!drain(reply) || !file->flush()) return fail(writeError.value_or(core::Error("FileWriteError", 0, "Could not flush the download")));
+        drain(reply);
+        if (stop) return fail(*stop);
         // A connection that closes early can end without an error; a body shorter than its
         // declared length is a broken transfer all the same.
         const QVariant declared = reply.header(QNetworkRequest::ContentLengthHeader);
-        const bool compressed = !reply.rawHeader("Content-Encoding").isEmpty();
-        if (declared.isValid() && !compressed && written < declared.toLongLong())
+        if (declared.isValid() && received < declared.toLongLong())
             return fail(TransferError::make(TransferErrorCode::networkConnectionLost, "The network connection was lost."));
+        if (!decoder->finish()) return fail(undecodable());
+        if (!flush()) return fail(*stop);
         file->close();
         sink->receive(DownloadedFile{file, status, written});
         sink->complete(core::Completion::finished());
@@ -77,10 +154,10 @@ struct Transfer {
 
 } // namespace
 
-HttpClient::HttpClient(std::chrono::milliseconds transferTimeout)
+HttpClient::HttpClient(std::optional<TransferLimits> limits)
     : worker_(core::EventLoopScheduler::withWorkerThread("http-client")),
       manager_(std::make_unique<QNetworkAccessManager>()),
-      timeout_(transferTimeout) {
+      limits_(limits) {
     // The manager must live on the thread that runs its transfers.
     manager_->moveToThread(worker_->thread());
 }
@@ -89,6 +166,17 @@ HttpClient::~HttpClient() {
     // The manager must die on its own thread: a deferred delete is carried out there, at the
     // latest when the worker thread finishes.
     manager_.release()->deleteLater();
+}
+
+void HttpClient::setDefaultLimits(const TransferLimits& limits) {
+    std::lock_guard lock(defaultsMutex());
+    defaults() = limits;
+}
+
+TransferLimits HttpClient::limits() const {
+    if (limits_) return *limits_;
+    std::lock_guard lock(defaultsMutex());
+    return defaults();
 }
 
 std::shared_ptr<HttpClient> HttpClient::shared() {
@@ -111,12 +199,12 @@ core::Publisher<DownloadedFile> HttpClient::download(const core::Url& url, const
 void HttpClient::start(const core::Url& url, const std::string& directory,
                        const std::shared_ptr<core::Sink<DownloadedFile>>& sink) const {
     QNetworkAccessManager* manager = manager_.get();
-    const int timeoutMs = static_cast<int>(timeout_.count());
     // The worker is captured weakly: a task must never hold the last reference to its own thread.
-    worker_->async([manager, url, directory, sink, timeoutMs, weakWorker = std::weak_ptr<core::EventLoopScheduler>(worker_)] {
+    worker_->async([manager, url, directory, sink, limits = limits(), weakWorker = std::weak_ptr<core::EventLoopScheduler>(worker_)] {
         if (sink->token()->isCancelled()) return;
         auto transfer = std::make_shared<Transfer>();
         transfer->sink = sink;
+        transfer->limits = limits;
         transfer->file = std::make_shared<QTemporaryFile>(QString::fromStdString(directory + "/.download-XXXXXX.part"));
         if (!transfer->file->open()) {
             sink->complete(core::Completion::failed(core::Error(
@@ -126,7 +214,10 @@ void HttpClient::start(const core::Url& url, const std::string& directory,
         }
         QNetworkRequest request(url.toQUrl());
         request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
-        request.setTransferTimeout(timeoutMs);
+        request.setTransferTimeout(static_cast<int>(limits.idleTimeout.count()));
+        // Naming the accepted encodings keeps the HTTP stack from decoding bodies itself,
+        // which it does without noticing a compressed stream cut short (see ContentDecoder).
+        request.setRawHeader("Accept-Encoding", "gzip, deflate");
         QNetworkReply* reply = manager->get(request); // Qt ownership: deleted below with deleteLater
         QPointer<QNetworkReply> guard(reply);
         sink->token()->onCancel([weakWorker, guard] {
@@ -134,12 +225,11 @@ void HttpClient::start(const core::Url& url, const std::string& directory,
                 if (guard) guard->abort();
             });
         });
-        QObject::connect(reply, &QNetworkReply::readyRead, reply, [reply, transfer] {
-            if (!transfer->drain(*reply)) reply->abort();
-        });
+        QTimer::singleShot(limits.resourceTimeout, reply, [reply, transfer] { transfer->end(*reply, timedOut()); });
+        QObject::connect(reply, &QNetworkReply::metaDataChanged, reply, [reply, transfer] { transfer->headArrived(*reply); });
+        QObject::connect(reply, &QNetworkReply::readyRead, reply, [reply, transfer] { transfer->drain(*reply); });
         QObject::connect(reply, &QNetworkReply::finished, reply, [reply, transfer] {
             reply->deleteLater();
-            if (transfer->writeError) return transfer->fail(*transfer->writeError);
             transfer->finish(*reply);
         });
     });

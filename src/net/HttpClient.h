@@ -1,16 +1,18 @@
 #pragma once
 // Plain HTTP(S) GETs of whole bodies, run on the client's own worker thread and streamed
-// to disk as they arrive. Nothing is added to a request (no headers of the kit's, no
-// credentials), and the response status is handed over, never judged.
-// Thread: get() from any thread; delivery happens on the client's worker thread.
+// to disk as they arrive, within the client's TransferLimits. The only header the kit sets
+// is Accept-Encoding, naming the encodings it decodes (no credentials, nothing of its own),
+// and the response status is handed over, never judged.
+// Thread: download() from any thread; delivery happens on the client's worker thread.
 
 #include "core/EventLoopScheduler.h"
 #include "core/Publisher.h"
 #include "core/Url.h"
 #include "net/DownloadedFile.h"
+#include "net/TransferLimits.h"
 
-#include <chrono>
 #include <memory>
+#include <optional>
 
 class QNetworkAccessManager;
 
@@ -18,18 +20,25 @@ namespace orvanta::net {
 
 class HttpClient {
 public:
-    // `transferTimeout`: a transfer that receives nothing for this long fails with timedOut.
-    explicit HttpClient(std::chrono::milliseconds transferTimeout = std::chrono::seconds(60));
+    // `limits`: this client's own; without them every transfer uses the process's default
+    // limits as they are when it starts.
+    explicit HttpClient(std::optional<TransferLimits> limits = std::nullopt);
     ~HttpClient();
     HttpClient(const HttpClient&) = delete;
     HttpClient& operator=(const HttpClient&) = delete;
 
-    // The process-wide client (made on first use).
+    // The process-wide client (made on first use), which uses the default limits.
     static std::shared_ptr<HttpClient> shared();
+    // Sets the limits of every client made without its own, for transfers started later.
+    // Thread: any.
+    static void setDefaultLimits(const TransferLimits& limits);
+    TransferLimits limits() const;
 
-    // A cold stream: each subscription makes one GET, writes the body to a new hidden file
-    // in `directory` and publishes it once; or fails with a "URLError" error (transfer) or a
-    // "FileWriteError" error (disk), leaving no file. Cancelling aborts the transfer.
+    // A cold stream: each subscription makes one GET, writes the body (decoded when it came
+    // compressed) to a new hidden file in `directory` and publishes it once; or fails with a
+    // "URLError" error (transfer: cut short, undecodable, over the maximum size or past a
+    // time-out) or a "FileWriteError" error (disk), leaving no file. Cancelling aborts the
+    // transfer.
     core::Publisher<DownloadedFile> download(const core::Url& url, const std::string& directory) const;
 
     // The worker thread's queue (where results are delivered).
@@ -41,7 +50,7 @@ private:
 
     std::shared_ptr<core::EventLoopScheduler> worker_;
     std::unique_ptr<QNetworkAccessManager> manager_; // lives on the worker thread
-    std::chrono::milliseconds timeout_;
+    std::optional<TransferLimits> limits_;
 };
 
 } // namespace orvanta::net

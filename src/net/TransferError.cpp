@@ -1,5 +1,7 @@
 #include "net/TransferError.h"
 
+#include <utility>
+
 namespace orvanta::net {
 
 namespace {
@@ -24,6 +26,22 @@ TransferErrorCode codeFor(QNetworkReply::NetworkError error) {
 }
 
 } // namespace
+
+bool TransferError::reportsOnlyTheStatus(QNetworkReply::NetworkError code, int status) {
+    // The statuses Qt names an error of its own for; other 4xx and 5xx share one each.
+    static constexpr std::pair<int, QNetworkReply::NetworkError> named[] = {
+        {400, QNetworkReply::ProtocolInvalidOperationError}, {401, QNetworkReply::AuthenticationRequiredError},
+        {403, QNetworkReply::ContentAccessDenied},           {404, QNetworkReply::ContentNotFoundError},
+        {405, QNetworkReply::ContentOperationNotPermittedError}, {407, QNetworkReply::ProxyAuthenticationRequiredError},
+        {409, QNetworkReply::ContentConflictError},          {410, QNetworkReply::ContentGoneError},
+        {418, QNetworkReply::ProtocolInvalidOperationError}, {500, QNetworkReply::InternalServerError},
+        {501, QNetworkReply::OperationNotImplementedError},  {503, QNetworkReply::ServiceUnavailableError},
+    };
+    for (const auto& [namedStatus, error] : named)
+        if (status == namedStatus) return code == error;
+    if (status > 500) return code == QNetworkReply::UnknownServerError;
+    return status >= 400 && code == QNetworkReply::UnknownContentError;
+}
 
 core::Error TransferError::fromReply(QNetworkReply::NetworkError code, const QString& detail) {
     return make(codeFor(code), detail.toStdString());

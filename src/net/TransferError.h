@@ -20,6 +20,7 @@ enum class TransferErrorCode {
     networkConnectionLost = -1005,
     tooManyRedirects = -1007,
     secureConnectionFailed = -1200,
+    cannotDecodeRawData = -1015,
     dataLengthExceedsMaximum = -1103,
 };
 
@@ -29,6 +30,9 @@ class TransferError {
 public:
     // The error for a reply that ended with `code`; `detail` is Qt's own explanation.
     static core::Error fromReply(QNetworkReply::NetworkError code, const QString& detail);
+    // True when Qt's `code` for an answer with HTTP `status` only reports that status (Qt
+    // turns 4xx and 5xx answers into errors of its own): the transfer itself completed.
+    static bool reportsOnlyTheStatus(QNetworkReply::NetworkError code, int status);
     static core::Error make(TransferErrorCode code, const std::string& message);
 };
 

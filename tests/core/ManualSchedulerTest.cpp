@@ -46,10 +46,7 @@ TEST(ManualScheduler, RepeatingTimerFiresEachIntervalUntilInvalidated) {
 TEST(ManualScheduler, RunUntilWaitsForWorkQueuedFromAnotherThread) {
     ManualScheduler queue;
     bool done = false;
-    std::thread worker([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        queue.async([&] { done = queue.isCurrent(); });
-    });
+    std::thread worker([&] { queue.async([&] { done = queue.isCurrent(); }); });
     EXPECT_TRUE(queue.runUntil([&] { return done; }));
     worker.join();
 }

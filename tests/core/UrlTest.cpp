@@ -1,9 +1,6 @@
-#include "core/TemporaryDirectory.h"
 #include "core/Url.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
 
 using orvanta::core::Url;
 
@@ -30,12 +27,4 @@ TEST(Url, FileUrlsRoundTripTheirPath) {
     EXPECT_EQ(file.path(), "/tmp/dir with space/x.usdz");
     EXPECT_EQ(Url::fileUrl("/tmp").appendingPathComponent("a b.usdz").path(), "/tmp/a b.usdz");
     EXPECT_FALSE(Url::fromString("https://h/x.usdz")->isFileUrl());
-}
-
-TEST(TemporaryDirectory, HonoursTmpdir) {
-    const char* old = std::getenv("TMPDIR");
-    const std::string saved = old ? old : "";
-    setenv("TMPDIR", "/var/tmp", 1);
-    EXPECT_EQ(orvanta::core::TemporaryDirectory::url().path(), "/var/tmp");
-    if (old) setenv("TMPDIR", saved.c_str(), 1); else unsetenv("TMPDIR");
 }

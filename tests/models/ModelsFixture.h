@@ -1,6 +1,6 @@
 #pragma once
 // Shared set-up of the model-loading tests: a private temporary directory as the cache, a
-// fresh manual main queue, a loopback HTTP server and a client with a short time-out.
+// fresh manual main queue, a loopback HTTP server and a client.
 
 #include "core/Dispatch.h"
 #include "core/ManualScheduler.h"
@@ -76,7 +76,7 @@ protected:
     std::optional<std::string> savedTmpdir_;
     std::shared_ptr<core::ManualScheduler> main_ = std::make_shared<core::ManualScheduler>();
     TestHttpServer server_;
-    std::shared_ptr<net::HttpClient> client_ = std::make_shared<net::HttpClient>(std::chrono::milliseconds(500));
+    std::shared_ptr<net::HttpClient> client_ = std::make_shared<net::HttpClient>(net::TransferLimits{});
     std::shared_ptr<NetworkManager> network_ = std::make_shared<NetworkManager>(client_);
     LogCapture log_;
 };

@@ -5,6 +5,13 @@
 #include "support/Corpus.h"
 
 #include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <atomic>
+#include <csignal>
+
+#include <sys/resource.h>
 
 using namespace orvanta;
 using namespace orvanta::testing;
@@ -75,12 +82,34 @@ TEST_F(NetworkManagerCache, FollowsRedirectsAndCachesUnderTheRequestedName) {
     EXPECT_EQ(cacheFiles(), QStringList{"dish.glb"});
 }
 
+TEST_F(NetworkManagerCache, APlantedLinkIsReplacedNeverFollowedAndAnUnusableTmpdirWritesNothing) {
+    QTemporaryDir elsewhere;
+    const QString planted = elsewhere.filePath("planted.glb");
+    TestModels::write(planted.toStdString(), TestModels::glbWithNodes(1));
+    ASSERT_TRUE(QFile::link(planted, QString::fromStdString(cachePath("dish.glb"))));
+    serveModel("/dish.glb", 2);
+    const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/dish.glb")));
+    ASSERT_TRUE(outcome.value.has_value());
+    EXPECT_EQ((*outcome.value)->childNodes().size(), 2u); // the served model, not the planted one
+    EXPECT_EQ(server_.requestCount("/dish.glb"), 1);
+    EXPECT_FALSE(QFileInfo(QString::fromStdString(cachePath("dish.glb"))).isSymLink());
+    EXPECT_EQ(QFileInfo(planted).size(), static_cast<qint64>(TestModels::glbWithNodes(1).size()));
+
+    // A TMPDIR that names no directory is an error; nothing lands at the file-system root.
+    setenv("TMPDIR", cachePath("missing").c_str(), 1);
+    const auto refused = awaitOutcome(network_->loadSceneKitModel(server_.url("/orvanta-root-check.glb")));
+    ASSERT_TRUE(refused.error.has_value());
+    EXPECT_EQ(refused.error->domain(), "TemporaryDirectoryError");
+    EXPECT_EQ(server_.requestCount("/orvanta-root-check.glb"), 0);
+    EXPECT_FALSE(QFileInfo::exists("/orvanta-root-check.glb"));
+}
+
 using NetworkManagerTransfer = ModelsFixture;
 
 TEST_F(NetworkManagerTransfer, ConnectionClosedMidBodyFailsOffTheMainThreadAndLeavesNoFile) {
     Route broken;
     broken.body = QByteArray(1 << 20, 'x');
-    broken.closeMidBody = true;
+    broken.cutAfter = broken.body.size() / 2;
     server_.route("/broken.glb", broken);
     // The failure is delivered by the HTTP client's thread, not through the main queue.
     const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/broken.glb")));
@@ -89,21 +118,79 @@ TEST_F(NetworkManagerTransfer, ConnectionClosedMidBodyFailsOffTheMainThreadAndLe
     EXPECT_FALSE(outcome.deliveredOnMain);
     EXPECT_TRUE(cacheFiles().isEmpty());
 
-    // Nothing counts as cached: the next request goes to the network again. (The HTTP
-    // stack may itself retry a connection closed early, so count relative to now.)
-    const int requestsSoFar = server_.requestCount("/broken.glb");
-    serveModel("/broken.glb");
-    EXPECT_TRUE(awaitOutcome(network_->loadSceneKitModel(server_.url("/broken.glb"))).finished);
-    EXPECT_EQ(server_.requestCount("/broken.glb"), requestsSoFar + 1);
+    // Nothing counts as cached: the next request for the same file name goes to the
+    // network again. It is counted on a fresh route, because the HTTP stack may resend the
+    // first GET on its closed connection at any time, even after the failure arrived.
+    serveModel("/again/broken.glb");
+    EXPECT_TRUE(awaitOutcome(network_->loadSceneKitModel(server_.url("/again/broken.glb"))).finished);
+    EXPECT_EQ(server_.requestCount("/again/broken.glb"), 1);
 }
 
-TEST_F(NetworkManagerTransfer, SlowServerTimesOut) {
-    Route slow;
-    slow.body = TestModels::glbWithNodes(1);
-    slow.delayMs = 3000;
-    server_.route("/slow.glb", slow);
-    const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/slow.glb")));
-    expectError(outcome.error, "URLError", -1001, outcome.error ? outcome.error->localizedDescription() : "");
+TEST_F(NetworkManagerTransfer, ConcurrentLoadsDeliverEveryValueAndCompletionOnTheMainQueue) {
+    constexpr int loads = 20;
+    struct Delivery {
+        std::atomic<bool> valueOnMain{false}, completedOnMain{false}, done{false}, failed{false};
+    };
+    std::vector<Delivery> deliveries(loads);
+    std::vector<core::Cancellable> keep;
+    for (int i = 0; i < loads; ++i) {
+        const std::string path = "/concurrent/dish-" + std::to_string(i) + ".glb";
+        serveModel(path);
+        Delivery& d = deliveries[static_cast<std::size_t>(i)];
+        auto onCompletion = [&d, this](const core::Completion& c) {
+            d.completedOnMain = main_->isCurrent();
+            d.failed = !c.isFinished();
+            d.done = true;
+        };
+        if (i % 2 == 0)
+            keep.push_back(network_->loadSceneKitModel(server_.url(path)).sink(onCompletion, [&d, this](NodePtr) { d.valueOnMain = main_->isCurrent(); }));
+        else
+            keep.push_back(network_->loadModel(server_.url(path)).sink(onCompletion, [&d, this](EntityPtr) { d.valueOnMain = main_->isCurrent(); }));
+    }
+    ASSERT_TRUE(main_->runUntil([&] { return std::all_of(deliveries.begin(), deliveries.end(), [](const Delivery& d) { return d.done.load(); }); },
+                                std::chrono::seconds(120)));
+    for (int i = 0; i < loads; ++i) {
+        SCOPED_TRACE(i);
+        const Delivery& d = deliveries[static_cast<std::size_t>(i)];
+        EXPECT_FALSE(d.failed);
+        EXPECT_TRUE(d.valueOnMain);
+        EXPECT_TRUE(d.completedOnMain);
+    }
+}
+
+TEST_F(NetworkManagerTransfer, AWriteFailureNamesItsCauseAndLeavesNoFile) {
+    Route big;
+    big.body = QByteArray(1 << 20, 'b');
+    server_.route("/big.glb", big);
+    // A file-size limit makes the disk refuse the body part way, as a full disk would.
+    struct rlimit saved {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
+    const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
+    struct rlimit small = saved;
+    small.rlim_cur = 64 * 1024;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/big.glb")));
+    setrlimit(RLIMIT_FSIZE, &saved);
+    std::signal(SIGXFSZ, previousHandler);
+    ASSERT_TRUE(outcome.error.has_value());
+    EXPECT_EQ(outcome.error->domain(), "FileWriteError");
+    EXPECT_EQ(outcome.error->code(), EFBIG);
+    EXPECT_NE(outcome.error->localizedDescription().find(": File too large"), std::string::npos)
+        << outcome.error->localizedDescription();
+    EXPECT_TRUE(cacheFiles().isEmpty());
+}
+
+TEST_F(NetworkManagerTransfer, ASilentServerTimesOut) {
+    Route silent;
+    silent.body = TestModels::glbWithNodes(1);
+    silent.delayMs = 10 * 60 * 1000; // never answers while the test runs
+    server_.route("/silent.glb", silent);
+    auto impatient = std::make_shared<NetworkManager>(
+        std::make_shared<net::HttpClient>(net::TransferLimits{.idleTimeout = std::chrono::milliseconds(300)}));
+    const auto outcome = awaitOutcome(impatient->loadSceneKitModel(server_.url("/silent.glb")));
+    ASSERT_TRUE(outcome.error.has_value());
+    EXPECT_EQ(outcome.error->domain(), "URLError");
+    EXPECT_EQ(outcome.error->code(), -1001);
     EXPECT_TRUE(cacheFiles().isEmpty());
 }
 
@@ -120,6 +207,17 @@ TEST_F(NetworkManagerTransfer, HostileFileNamesNeverReachTheFileSystem) {
     EXPECT_EQ(server_.requestCount(), 0);
     EXPECT_TRUE(cacheFiles().isEmpty());
     EXPECT_TRUE(QDir(cacheDir_.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).isEmpty());
+
+    // A name longer than the file system allows is fetched, then refused by the disk, which
+    // says why; nothing stays behind.
+    const std::string longName = "/" + std::string(300, 'n') + ".glb";
+    serveModel(longName);
+    const auto tooLong = awaitOutcome(network_->loadSceneKitModel(server_.url(longName)));
+    ASSERT_TRUE(tooLong.error.has_value());
+    EXPECT_EQ(tooLong.error->domain(), "FileWriteError");
+    EXPECT_NE(tooLong.error->localizedDescription().find(": File name too long"), std::string::npos)
+        << tooLong.error->localizedDescription();
+    EXPECT_TRUE(cacheFiles().isEmpty());
 }
 
 TEST_F(NetworkManagerTransfer, RequestsCarryNothingOfTheKit) {
@@ -160,6 +258,19 @@ TEST_F(NetworkManagerLoaders, EntityArrivesOnTheMainQueue) {
     ASSERT_TRUE(outcome.value.has_value());
     EXPECT_TRUE(outcome.deliveredOnMain);
     EXPECT_EQ((*outcome.value)->name(), "one.glb");
+}
+
+TEST_F(NetworkManagerLoaders, LinksWithoutAFileExtensionLoadByTheirContent) {
+    serveModel("/models/dish", 2);
+    serveModel("/model", 3);
+    for (const std::string link : {"/models/dish", "/model?id=42"}) {
+        SCOPED_TRACE(link);
+        const auto node = awaitOutcome(network_->loadSceneKitModel(server_.url(link)));
+        ASSERT_TRUE(node.value.has_value()) << node.error->description();
+        const auto entity = awaitOutcome(network_->loadModel(server_.url(link)));
+        ASSERT_TRUE(entity.value.has_value()) << entity.error->description();
+        EXPECT_EQ((*node.value)->childNodes().size(), link == "/models/dish" ? 2u : 3u);
+    }
 }
 
 TEST_F(NetworkManagerLoaders, EveryOwnErrorHasItsDomainCodeAndMessage) {

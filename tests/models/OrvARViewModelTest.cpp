@@ -2,6 +2,11 @@
 
 #include "models/OrvARViewModel.h"
 
+#include <QCoreApplication>
+#include <QThread>
+
+#include <atomic>
+
 using namespace orvanta;
 using namespace orvanta::testing;
 
@@ -62,7 +67,30 @@ TEST_F(OrvARViewModelLoads, ReleasedViewModelDropsTheResult) {
     std::weak_ptr<OrvARViewModel> weak = model;
     model.reset();
     EXPECT_TRUE(weak.expired());
-    main_->advance(1);
-    main_->runUntil([] { return false; }, std::chrono::milliseconds(300));
+    // The load's first hop queues the import on the (serial) background queue; a marker
+    // queued behind it runs once the import is done and its result is queued here.
+    main_->runPending();
+    std::atomic<bool> imported{false};
+    core::Dispatch::background()->async([&] { imported = true; });
+    ASSERT_TRUE(main_->runUntil([&] { return imported.load(); }));
+    main_->runPending();
     EXPECT_EQ(log_.lines(), std::vector<std::string>{"File already exists locally: " + cachePath("late.glb")});
+}
+
+TEST_F(OrvARViewModelLoads, ATransferFailureEndsLoadingAndObserversHearOfItOnTheViewModelsThread) {
+    Route broken;
+    broken.body = QByteArray(64 * 1024, 'x');
+    broken.cutAfter = 1000;
+    server_.route("/cut.glb", broken);
+    auto model = OrvARViewModel::make(network_);
+    std::vector<QThread*> notified;
+    QObject::connect(model.get(), &OrvARViewModel::loadingChanged, [&] { notified.push_back(QThread::currentThread()); });
+    model->loadModel(server_.url("/cut.glb"));
+    ASSERT_TRUE(main_->runUntil([&] {
+        QCoreApplication::processEvents();
+        return notified.size() == 2;
+    }));
+    EXPECT_FALSE(model->loading());
+    EXPECT_EQ(notified, (std::vector<QThread*>{model->thread(), model->thread()}));
+    EXPECT_EQ(model->modelEntity(), nullptr);
 }

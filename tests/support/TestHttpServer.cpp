@@ -5,32 +5,32 @@
 #include <QTcpSocket>
 #include <QTimer>
 
+#include <functional>
 #include <future>
 
 namespace orvanta::testing {
 
 namespace {
 
+constexpr qsizetype chunk = 256 * 1024;
+
 std::string pathWithoutQuery(const std::string& path) { return path.substr(0, path.find('?')); }
 
-// Sends `body` in chunks as the socket drains, so a large body is never copied whole into
-// the socket's buffer.
-void sendBody(QTcpSocket* socket, const QByteArray& body, qsizetype limit, bool closeAfter) {
-    auto offset = std::make_shared<qsizetype>(0);
-    auto pump = std::make_shared<std::function<void()>>();
-    *pump = [socket, body, limit, closeAfter, offset] {
-        constexpr qsizetype chunk = 256 * 1024;
-        while (*offset < limit && socket->bytesToWrite() < 4 * chunk) {
-            const qsizetype n = std::min(chunk, limit - *offset);
-            socket->write(body.constData() + *offset, n);
-            *offset += n;
-        }
-        if (*offset >= limit && socket->bytesToWrite() == 0) {
-            if (closeAfter) socket->abort(); else socket->disconnectFromHost();
-        }
-    };
-    QObject::connect(socket, &QTcpSocket::bytesWritten, socket, [pump] { (*pump)(); });
-    (*pump)();
+QByteArray head(const Route& route) {
+    const bool redirect = !route.redirectTo.empty();
+    QByteArray head = "HTTP/1.1 " + QByteArray::number(redirect ? 302 : route.status) + " X\r\n";
+    if (redirect) head += "Location: " + QByteArray::fromStdString(route.redirectTo) + "\r\n";
+    head += "Content-Type: " + route.contentType + "\r\n";
+    if (route.length == Route::Length::actual) head += "Content-Length: " + QByteArray::number(route.body.size()) + "\r\n";
+    if (route.length == Route::Length::declared) head += "Content-Length: " + QByteArray::number(route.declaredLength) + "\r\n";
+    for (const QByteArray& line : route.headers) head += line + "\r\n";
+    return head + "Connection: close\r\n\r\n";
+}
+
+// The endless part of a flooding head, one piece at a time.
+QByteArray floodPiece(Route::Flood flood, bool first) {
+    if (flood == Route::Flood::headerLines) return QByteArray("X-Flood: 0123456789abcdef\r\n").repeated(4096);
+    return (first ? QByteArray("X-Flood: ") : QByteArray()) + QByteArray(chunk, 'a');
 }
 
 } // namespace
@@ -81,6 +81,12 @@ std::vector<RecordedRequest> TestHttpServer::requests() const {
     return requests_;
 }
 
+qint64 TestHttpServer::bytesSent(const std::string& path) const {
+    std::lock_guard lock(mutex_);
+    const auto it = sent_.find(path);
+    return it == sent_.end() ? 0 : it->second;
+}
+
 void TestHttpServer::serve(QTcpSocket* socket) {
     QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
     auto head = std::make_shared<QByteArray>();
@@ -108,12 +114,19 @@ void TestHttpServer::serve(QTcpSocket* socket) {
     });
 }
 
+void TestHttpServer::send(QTcpSocket* socket, const std::string& path, const QByteArray& bytes) {
+    socket->write(bytes);
+    std::lock_guard lock(mutex_);
+    sent_[path] += bytes.size();
+}
+
 void TestHttpServer::respond(QTcpSocket* socket, const RecordedRequest& request) {
+    const std::string path = pathWithoutQuery(request.path);
     Route route;
     bool known;
     {
         std::lock_guard lock(mutex_);
-        auto it = routes_.find(pathWithoutQuery(request.path));
+        auto it = routes_.find(path);
         known = it != routes_.end();
         if (known) route = it->second;
     }
@@ -122,17 +135,55 @@ void TestHttpServer::respond(QTcpSocket* socket, const RecordedRequest& request)
         route.body = "<html><body>Not Found</body></html>";
         route.contentType = "text/html";
     }
-    auto send = [socket, route] {
-        QByteArray header = "HTTP/1.1 " + QByteArray::number(route.redirectTo.empty() ? route.status : 302) + " X\r\n";
-        if (!route.redirectTo.empty()) header += "Location: " + QByteArray::fromStdString(route.redirectTo) + "\r\n";
-        header += "Content-Type: " + route.contentType + "\r\n";
-        header += "Content-Length: " + QByteArray::number(route.body.size()) + "\r\nConnection: close\r\n\r\n";
-        socket->write(header);
-        const qsizetype limit = route.closeMidBody ? route.body.size() / 2 : route.body.size();
-        sendBody(socket, route.body, limit, route.closeMidBody);
+    auto answer = [this, socket, path, route] {
+        if (route.flood != Route::Flood::none) {
+            send(socket, path, "HTTP/1.1 200 OK\r\n");
+        } else {
+            send(socket, path, head(route));
+        }
+        // The next piece to send, empty once everything is out; it is sent as the socket
+        // drains, so nothing large ever sits in the socket's buffer.
+        auto offset = std::make_shared<qint64>(0);
+        const qsizetype limit = route.cutAfter >= 0 ? std::min(route.cutAfter, route.body.size()) : route.body.size();
+        std::function<QByteArray()> next = [route, offset, limit] {
+            if (route.flood != Route::Flood::none) {
+                if (*offset >= floodLimit) return QByteArray();
+                QByteArray piece = floodPiece(route.flood, *offset == 0);
+                *offset += piece.size();
+                return piece;
+            }
+            const qsizetype n = std::min<qsizetype>(route.dripIntervalMs > 0 ? 1 : chunk, limit - *offset);
+            QByteArray piece = route.body.mid(*offset, n);
+            *offset += n;
+            return piece;
+        };
+        auto finished = std::make_shared<bool>(false);
+        auto pump = [this, socket, path, next, finished, cut = route.cutAfter >= 0](bool onePiece) {
+            while (!*finished && socket->bytesToWrite() < 4 * chunk) {
+                const QByteArray piece = next();
+                if (piece.isEmpty()) *finished = true;
+                else send(socket, path, piece);
+                if (onePiece) break;
+            }
+            if (*finished && socket->bytesToWrite() == 0) {
+                if (cut) socket->abort();
+                else socket->disconnectFromHost();
+            }
+        };
+        if (route.dripIntervalMs > 0) {
+            auto* timer = new QTimer(socket); // Qt ownership: dies with the socket
+            QObject::connect(timer, &QTimer::timeout, socket, [pump] { pump(true); });
+            QObject::connect(socket, &QTcpSocket::bytesWritten, socket, [pump, finished] {
+                if (*finished) pump(true);
+            });
+            timer->start(route.dripIntervalMs);
+            return;
+        }
+        QObject::connect(socket, &QTcpSocket::bytesWritten, socket, [pump] { pump(false); });
+        pump(false);
     };
-    if (route.delayMs > 0) QTimer::singleShot(route.delayMs, socket, send);
-    else send();
+    if (route.delayMs > 0) QTimer::singleShot(route.delayMs, socket, answer);
+    else answer();
 }
 
 } // namespace orvanta::testing

@@ -1,0 +1,232 @@
+// HttpClient against a hostile loopback server: a body that is cut, undecodable, larger
+// than allowed, too slow or endless must fail as a transfer error and leave no file; an
+// error status is still a completed transfer. (A body with neither a length nor chunks ends
+// where the connection closes, however it closes: HTTP gives no way to tell a cut there.)
+#include "net/HttpClient.h"
+#include "support/HttpBodies.h"
+#include "support/TestHttpServer.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+
+using namespace orvanta;
+using namespace orvanta::testing;
+using namespace std::chrono_literals;
+
+namespace {
+
+struct Delivery {
+    std::optional<net::DownloadedFile> file;
+    std::optional<core::Error> error;
+    bool onWorker = false;
+};
+
+class HttpClientTest : public ::testing::Test {
+protected:
+    // Downloads `path` from the server and waits for the outcome (generously bounded).
+    // `limits` null: the client follows the process's default limits.
+    Delivery download(const std::string& path,
+                      const std::optional<net::TransferLimits>& limits = net::TransferLimits{.idleTimeout = 10s}) {
+        net::HttpClient client(limits);
+        std::mutex mutex;
+        std::condition_variable arrived;
+        Delivery delivery;
+        bool done = false;
+        auto queue = client.queue();
+        auto subscription = client.download(*core::Url::fromString(server_.url(path)), dir_.path().toStdString())
+                                .sink(
+                                    [&](const core::Completion& c) {
+                                        std::lock_guard lock(mutex);
+                                        delivery.error = c.failure;
+                                        delivery.onWorker = queue->isCurrent();
+                                        done = true;
+                                        arrived.notify_all();
+                                    },
+                                    [&](net::DownloadedFile file) {
+                                        std::lock_guard lock(mutex);
+                                        delivery.file = std::move(file);
+                                    });
+        std::unique_lock lock(mutex);
+        EXPECT_TRUE(arrived.wait_for(lock, 60s, [&] { return done; })) << path << " never finished";
+        return delivery;
+    }
+
+    QByteArray contents(const net::DownloadedFile& file) const {
+        QFile f(QString::fromStdString(file.path()));
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }
+    QStringList filesLeft() const { return QDir(dir_.path()).entryList(QDir::Files | QDir::Hidden); }
+
+    QTemporaryDir dir_;
+    TestHttpServer server_;
+};
+
+QByteArray pattern(qsizetype size) {
+    QByteArray bytes(size, '\0');
+    for (qsizetype i = 0; i < size; ++i) bytes[i] = static_cast<char>('a' + i % 23);
+    return bytes;
+}
+
+// A failure in the "URLError" domain with `code`, delivered on the client's thread.
+void expectTransferError(const Delivery& delivery, int code) {
+    if (!delivery.error) {
+        ADD_FAILURE() << "completed with " << delivery.file->size << " bytes";
+        return;
+    }
+    EXPECT_EQ(delivery.error->domain(), "URLError");
+    EXPECT_EQ(delivery.error->code(), code) << delivery.error->localizedDescription();
+    EXPECT_TRUE(delivery.onWorker);
+}
+
+Route withBody(QByteArray body) {
+    Route route;
+    route.body = std::move(body);
+    return route;
+}
+
+} // namespace
+
+TEST_F(HttpClientTest, ErrorStatusesAreCompletedTransfersWithTheirBody) {
+    for (const int status : {400, 401, 403, 404, 409, 418, 451, 500, 502, 503}) {
+        SCOPED_TRACE(status);
+        Route route = withBody("<html>status page</html>");
+        route.status = status;
+        server_.route("/page", route);
+        const Delivery delivery = download("/page");
+        ASSERT_TRUE(delivery.file.has_value()) << delivery.error->description();
+        EXPECT_EQ(delivery.file->statusCode, status);
+        EXPECT_EQ(contents(*delivery.file), route.body);
+    }
+}
+
+TEST_F(HttpClientTest, WellFramedBodiesArriveWhole) {
+    const QByteArray body = pattern(300 * 1024);
+    struct Case {
+        const char* name;
+        Route route;
+    };
+    Route chunkedRoute = withBody(chunked(body));
+    chunkedRoute.length = Route::Length::none;
+    chunkedRoute.headers = {"Transfer-Encoding: chunked"};
+    Route gzipRoute = withBody(gzip(body));
+    gzipRoute.headers = {"Content-Encoding: gzip"};
+    Route closeDelimited = withBody(body);
+    closeDelimited.length = Route::Length::none;
+    const std::vector<Case> cases = {{"length", withBody(body)}, {"chunked", chunkedRoute}, {"gzip", gzipRoute},
+                                     {"until close", closeDelimited}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        server_.route("/body", c.route);
+        const Delivery delivery = download("/body");
+        ASSERT_TRUE(delivery.file.has_value()) << delivery.error->description();
+        EXPECT_EQ(contents(*delivery.file), body);
+        EXPECT_EQ(delivery.file->size, body.size());
+    }
+}
+
+TEST_F(HttpClientTest, BrokenBodiesFailAsTransferErrorsAndLeaveNoFile) {
+    const QByteArray body = pattern(512 * 1024);
+    const QByteArray packed = gzip(pattern(4 << 20));
+    struct Case {
+        const char* name;
+        Route route;
+        int code;
+    };
+    auto route = [](QByteArray bytes, Route::Length length, std::vector<QByteArray> headers, qsizetype cutAfter) {
+        Route r = withBody(std::move(bytes));
+        r.length = length;
+        r.headers = std::move(headers);
+        r.cutAfter = cutAfter;
+        return r;
+    };
+    const std::vector<Case> cases = {
+        {"cut with length", route(body, Route::Length::actual, {}, body.size() / 2), -1005},
+        {"gzip stream cut, framing whole", route(packed.left(packed.size() / 2), Route::Length::actual, {"Content-Encoding: gzip"}, -1), -1015},
+        {"gzip cut with length", route(packed, Route::Length::actual, {"Content-Encoding: gzip"}, packed.size() / 2), -1005},
+        {"gzip that is not gzip", route(body, Route::Length::actual, {"Content-Encoding: gzip"}, -1), -1015},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        server_.route("/broken", c.route);
+        expectTransferError(download("/broken"), c.code);
+        EXPECT_TRUE(filesLeft().isEmpty()) << filesLeft().join(", ").toStdString();
+    }
+}
+
+TEST_F(HttpClientTest, LimitsEndOversizedSlowAndEndlessAnswers) {
+    struct Case {
+        const char* name;
+        Route route;
+        net::TransferLimits limits;
+        int code;
+    };
+    Route declaredHuge = withBody(pattern(1024));
+    declaredHuge.length = Route::Length::declared;
+    declaredHuge.declaredLength = qint64(2) << 30;
+    declaredHuge.dripIntervalMs = 50; // would take minutes: the declared length alone must end it
+    Route receivedTooMuch = withBody(pattern(3 << 20));
+    receivedTooMuch.length = Route::Length::none;
+    Route drip = withBody(pattern(1024));
+    drip.dripIntervalMs = 20;
+    Route bomb = withBody(gzip(QByteArray(64 << 20, '\0')));
+    bomb.headers = {"Content-Encoding: gzip"};
+    Route headerLines, oneLine;
+    headerLines.flood = Route::Flood::headerLines;
+    oneLine.flood = Route::Flood::oneLine;
+    const std::vector<Case> cases = {
+        {"declared length over the maximum", declaredHuge, {.idleTimeout = 10s, .maximumBodySize = 1 << 20}, -1103},
+        {"received bytes over the maximum", receivedTooMuch, {.idleTimeout = 10s, .maximumBodySize = 1 << 20}, -1103},
+        {"gzip bomb", bomb, {.idleTimeout = 10s, .maximumBodySize = 16 << 20}, -1103},
+        {"drip feed past the deadline", drip, {.idleTimeout = 10s, .resourceTimeout = 300ms}, -1001},
+        // Header bytes are no progress, so a head that never ends runs into the idle time-out.
+        {"endless header lines", headerLines, {.idleTimeout = 1s}, -1001},
+        {"one endless header line", oneLine, {.idleTimeout = 1s}, -1001},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::string path = std::string("/limit-") + std::to_string(&c - cases.data());
+        server_.route(path, c.route);
+        expectTransferError(download(path, c.limits), c.code);
+        EXPECT_TRUE(filesLeft().isEmpty());
+        EXPECT_LT(server_.bytesSent(path), TestHttpServer::floodLimit);
+    }
+}
+
+TEST_F(HttpClientTest, RedirectsAreFollowedOnlyToHttpAndNotForever) {
+    TestHttpServer other;
+    other.route("/moved.glb", withBody("moved"));
+    Route toOtherPort, loop, toFile;
+    toOtherPort.redirectTo = other.url("/moved.glb");
+    loop.redirectTo = server_.url("/loop");
+    toFile.redirectTo = "file:///etc/passwd";
+    server_.route("/to-other-port", toOtherPort);
+    server_.route("/loop", loop);
+    server_.route("/to-file", toFile);
+
+    {
+        const Delivery moved = download("/to-other-port");
+        ASSERT_TRUE(moved.file.has_value());
+        EXPECT_EQ(contents(*moved.file), "moved");
+    }
+    expectTransferError(download("/loop"), -1007);
+    const Delivery file = download("/to-file");
+    if (file.file) ADD_FAILURE() << "served " << contents(*file.file).left(40).toStdString();
+    expectTransferError(file, -1002);
+    EXPECT_TRUE(filesLeft().isEmpty());
+}
+
+TEST_F(HttpClientTest, AClientWithoutLimitsOfItsOwnFollowsTheProcessDefaults) {
+    server_.route("/four-kib", withBody(pattern(4096)));
+    const net::TransferLimits original = net::HttpClient::shared()->limits();
+    net::HttpClient::setDefaultLimits({.maximumBodySize = 1024});
+    const Delivery capped = download("/four-kib", std::nullopt);
+    net::HttpClient::setDefaultLimits(original);
+    expectTransferError(capped, -1103);
+    EXPECT_TRUE(download("/four-kib", std::nullopt).file.has_value());
+}
