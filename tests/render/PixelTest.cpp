@@ -272,7 +272,9 @@ TEST(ARViewPixels, SnapshotsHaveTheViewsSizeAndAnHDRSnapshotHoldsFloats) {
         render::DrawnFrames::waitUntil(ar.window, [&] { return delivered; }, 30.0);
         ASSERT_TRUE(image);
         EXPECT_EQ(image->size(), kViewSize * image->devicePixelRatio());
-        if (hdr && render::GlSupport::hasHalfFloatTargets()) EXPECT_EQ(image->format(), QImage::Format_RGBA16FPx4);
+        if (hdr && render::GlSupport::hasHalfFloatTargets()) {
+            EXPECT_EQ(image->format(), QImage::Format_RGBA16FPx4);
+        }
         EXPECT_GT(find(image->convertToFormat(QImage::Format_RGB32), woody).count, kViewSize.width() * kViewSize.height() / 10);
     }
 }
