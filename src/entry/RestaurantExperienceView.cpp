@@ -17,8 +17,9 @@ RestaurantExperienceView::RestaurantExperienceView(Restaurant restaurant, QStrin
     container_ = new ContentViewContainer(std::move(restaurant), std::move(clientId), this); // Qt ownership
     setFlag(ItemIsFocusScope);
     QQmlComponent component(&ScreensModule::engine(), ScreensModule::layout("RestaurantExperience.qml"));
-    QObject* made = component.createWithInitialProperties({{"experience", QVariant::fromValue(static_cast<QObject*>(this))}});
-    content_ = qobject_cast<QQuickItem*>(made);
+    if (component.isReady())
+        content_ = qobject_cast<QQuickItem*>(
+            component.createWithInitialProperties({{"experience", QVariant::fromValue(static_cast<QObject*>(this))}}));
     if (!content_) {
         // The layouts are compiled into the kit: failing to build one is a fault of the kit.
         core::Log::print("The kit's root view could not be built: " + component.errorString().toStdString());

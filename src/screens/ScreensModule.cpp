@@ -6,6 +6,7 @@
 #include "screens/FoodList.h"
 #include "screens/ImagePreviewView.h"
 #include "screens/PictureItem.h"
+#include "screens/TapArea.h"
 #include "screens/ThreeDViewerItem.h"
 
 #include <QCoreApplication>
@@ -30,6 +31,7 @@ void registerTypes() {
     qmlRegisterType<ARViewContainerItem>(module, 1, 0, "ARViewContainerItem");
     qmlRegisterType<ThreeDViewerItem>(module, 1, 0, "ThreeDViewerItem");
     qmlRegisterType<PictureItem>(module, 1, 0, "PictureItem");
+    qmlRegisterType<TapArea>(module, 1, 0, "TapArea");
     const QString madeByTheKit = QStringLiteral("made by the kit");
     qmlRegisterUncreatableType<FoodViewModel>(module, 1, 0, "FoodViewModel", madeByTheKit);
     qmlRegisterUncreatableType<OrvARViewModel>(module, 1, 0, "OrvARViewModel", madeByTheKit);

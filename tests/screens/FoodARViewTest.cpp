@@ -85,7 +85,7 @@ TEST_F(FoodARViewTest, LimitedTrackingLoadsNothingUntilTheModeChanges) {
 }
 
 TEST_F(FoodARViewTest, ResetActsOnlyInARModeAndLeavesTheModelGone) {
-    auto screen = openScreen(TrackingStateEnum::normal);
+    auto screen = openScreen(TrackingStateEnum::notTracking);
     auto view = makeARView();
     screen->setARView(view);
     auto placed = std::make_shared<reality::AnchorEntity>();

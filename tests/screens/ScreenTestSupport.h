@@ -66,8 +66,11 @@ protected:
     }
     void TearDown() override { core::Dispatch::setMain(previousMain_); }
 
-    // Runs the Qt events the screens queue to themselves (cross-thread notifications).
-    static void deliverQueuedSignals() { QCoreApplication::processEvents(); }
+    // Runs the Qt events the screens queue to themselves (cross-thread notifications; a
+    // notification may queue one more hop).
+    static void deliverQueuedSignals() {
+        for (int hop = 0; hop < 3; ++hop) QCoreApplication::sendPostedEvents();
+    }
 
     std::shared_ptr<reality::ARView> makeARView() {
         auto view = std::make_shared<reality::ARView>(QSizeF(400, 800));

@@ -8,26 +8,25 @@ import OrvantaARFoodSDK
 FocusScope {
     id: page
     required property var container
-    property alias state: list
     signal backRequested()
 
-    function escape() { list.back() }
+    function closeTopScreen() { list.back() }
 
     FoodList {
         id: list
-        viewModel: page.container.foodVM
+        viewModel: page.container ? page.container.foodVM : null
         onDismissRequested: page.backRequested()
         onNavigateToFoodARChanged: {
             if (navigateToFoodAR) page.StackView.view.push(foodARScreen)
         }
     }
-    StackView.onActivated: page.container.appear()
+    StackView.onActivated: if (page.container) page.container.appear()
 
     Component {
         id: foodARScreen
         FoodARScreen {
             foodVM: list.viewModel
-            onLeft: list.navigateToFoodAR = false
+            onScreenRemoved: list.navigateToFoodAR = false
         }
     }
 
@@ -44,6 +43,7 @@ FocusScope {
             spacing: 0
             ToolButton {
                 id: backButton
+                objectName: "backButton"
                 Layout.leftMargin: Theme.padding
                 Accessible.name: qsTr("Back")
                 Accessible.role: Accessible.Button

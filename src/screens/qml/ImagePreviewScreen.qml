@@ -8,16 +8,15 @@ import OrvantaARFoodSDK
 FocusScope {
     id: page
     property alias imagePreview: preview.imagePreview
-    property alias state: preview
-    signal left()
+    signal screenRemoved()
 
-    function escape() { preview.done() }
+    function closeTopScreen() { preview.done() }
 
     ImagePreviewView {
         id: preview
         onDismissRequested: page.StackView.view.pop()
     }
-    StackView.onRemoved: page.left()
+    StackView.onRemoved: page.screenRemoved()
     focus: true
 
     Rectangle { anchors.fill: parent; color: Theme.background }

@@ -13,14 +13,14 @@ FocusScope {
         objectName: "navigationStack"
         anchors.fill: parent
         focus: true
+        pushEnter: null
+        pushExit: null
+        popEnter: null
+        popExit: null
         initialItem: FoodListScreen {
-            container: root.experience.container
+            container: root.experience ? root.experience.container : null
             onBackRequested: root.experience.dismiss()
         }
     }
-    Shortcut {
-        sequences: [StandardKey.Cancel]
-        context: Qt.WindowShortcut
-        onActivated: if (stack.currentItem) stack.currentItem.escape()
-    }
+    Keys.onEscapePressed: if (stack.currentItem) stack.currentItem.closeTopScreen()
 }

@@ -27,7 +27,7 @@ Item {
         height: 24
         anchors.centerIn: parent
         scale: Math.min(icon.width, icon.height) / 24
-        preferredRendererType: Shape.CurveRenderer
+        antialiasing: true
         ShapePath {
             strokeColor: icon.color
             strokeWidth: icon.lineWidth
