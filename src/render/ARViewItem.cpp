@@ -45,7 +45,6 @@ ARViewItem::~ARViewItem() {
     frames_.cancel();
     // A view that outlives this item takes no snapshots of it.
     if (view_) view_->setSnapshotRenderer(nullptr);
-    Viewport::retire(viewport_);
     // Nodes and resources go before the scene they live in.
     bridge_.reset();
     feed_.reset();

@@ -40,7 +40,6 @@ SceneViewItem::SceneViewItem(QQuickItem* parent)
 
 SceneViewItem::~SceneViewItem() {
     if (view_) view_->setDisplayHandler(nullptr);
-    Viewport::retire(viewport_);
     bridge_.reset();
     resources_.reset();
 }

@@ -1,9 +1,6 @@
 #include "render/Viewport.h"
 
 #include <QQmlParserStatus>
-#include <QQuickWindow>
-
-#include <memory>
 #include <QtQuick3D/private/qquick3dperspectivecamera_p.h>
 #include <QtQuick3D/private/qquick3dsceneenvironment_p.h>
 #include <QtQuick3D/private/qquick3dviewport_p.h>
@@ -30,27 +27,6 @@ Viewport Viewport::make(QQuickItem* parent, const QColor& clearColor) {
     view->setCamera(camera);
     status->componentComplete();
     return {view, camera};
-}
-
-void Viewport::retire(QQuick3DViewport* view) {
-    QQuickWindow* window = view->window();
-    if (!window) {
-        delete view;
-        return;
-    }
-    view->setParent(nullptr);
-    view->setParentItem(window->contentItem());
-    view->setOpacity(0.0);
-    view->setEnabled(false);
-    constexpr int framesToDrawFirst = 3;
-    auto frames = std::make_shared<int>(0);
-    QObject::connect(window, &QQuickWindow::afterAnimating, view, [view, window, frames] {
-        if (++*frames >= framesToDrawFirst) view->deleteLater();
-        else window->update();
-    });
-    // The window owns the view from now on if it goes first.
-    QObject::connect(window, &QObject::destroyed, view, [view] { delete view; });
-    window->update();
 }
 
 } // namespace orvanta::render

@@ -18,13 +18,6 @@ struct Viewport {
     QQuick3DPerspectiveCamera* camera;
 
     static Viewport make(QQuickItem* parent, const QColor& clearColor);
-
-    // Takes `view` away from the item that made it, which is going away, and deletes it once
-    // its window has drawn a few more frames. Quick 3D keeps the GPU copies of meshes and
-    // textures in a cache shared by the window's views and drops an entry when the view syncs
-    // the removal of its node; deleting the view at once would leave stale entries behind,
-    // which a later view of the window can pick up by address and crash on.
-    static void retire(QQuick3DViewport* view);
 };
 
 } // namespace orvanta::render

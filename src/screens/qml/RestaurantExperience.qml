@@ -13,10 +13,6 @@ FocusScope {
         objectName: "navigationStack"
         anchors.fill: parent
         focus: true
-        pushEnter: null
-        pushExit: null
-        popEnter: null
-        popExit: null
         initialItem: FoodListScreen {
             container: root.experience ? root.experience.container : null
             onBackRequested: root.experience.dismiss()
