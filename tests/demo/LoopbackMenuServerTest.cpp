@@ -4,40 +4,26 @@
 #include "LoopbackMenuServer.h"
 #include "models/NetworkManager.h"
 #include "net/HttpClient.h"
+#include "support/EventLoopWait.h"
+#include "support/ScopedTmpdir.h"
 #include "support/TestModels.h"
 
-#include <QEventLoop>
 #include <QFile>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QTemporaryDir>
-#include <QTimer>
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <mutex>
 #include <optional>
 
 using namespace orvanta;
 using namespace orvanta::demo;
+using namespace orvanta::testing;
 using namespace std::chrono_literals;
 
 namespace {
-
-// Runs the main event loop (where the server lives) until `done` holds, looking every 20 ms;
-// false after a generous minute.
-bool runUntil(const std::function<bool()>& done) {
-    QEventLoop loop;
-    QTimer look;
-    QObject::connect(&look, &QTimer::timeout, &loop, [&] {
-        if (done()) loop.quit();
-    });
-    QTimer::singleShot(60s, &loop, &QEventLoop::quit);
-    look.start(20);
-    if (!done()) loop.exec();
-    return done();
-}
 
 QByteArray pattern(qsizetype size, char seed) {
     QByteArray bytes(size, '\0');
@@ -82,7 +68,7 @@ protected:
                                         result.status = file.statusCode;
                                         if (body.open(QIODevice::ReadOnly)) result.body = body.readAll();
                                     });
-        EXPECT_TRUE(runUntil([&] { return done.load(); })) << name.toStdString() << " never finished";
+        EXPECT_TRUE(EventLoopWait::until([&] { return done.load(); })) << name.toStdString() << " never finished";
         std::lock_guard lock(mutex);
         return result;
     }
@@ -115,14 +101,13 @@ TEST_F(LoopbackMenuServerTest, ServesFilesByteForByteWithTheirLengthAndType) {
         EXPECT_EQ(*got.body, bytes);
 
         std::unique_ptr<QNetworkReply> reply(headers.get(QNetworkRequest(QUrl(QString::fromStdString(url(c.name))))));
-        ASSERT_TRUE(runUntil([&] { return reply->isFinished(); }));
+        ASSERT_TRUE(EventLoopWait::until([&] { return reply->isFinished(); }));
         EXPECT_EQ(reply->header(QNetworkRequest::ContentTypeHeader).toByteArray(), c.contentType);
         EXPECT_EQ(reply->header(QNetworkRequest::ContentLengthHeader).toLongLong(), c.size);
     }
 }
 
 TEST_F(LoopbackMenuServerTest, NamesOutsideTheFolderAreNotFound) {
-    QTemporaryDir outside;
     put("dish.glb", "glb");
     for (const QString name : {"missing.glb", "..%2Fsecret", "%2Fetc%2Fpasswd", ".hidden", ""}) {
         SCOPED_TRACE(name.toStdString());
@@ -141,8 +126,8 @@ TEST_F(LoopbackMenuServerTest, SlowModeStillDeliversWholeFiles) {
 }
 
 TEST_F(LoopbackMenuServerTest, TheFailingModelIsALostConnectionForTheClientAndTheLoader) {
-    put("good.glb", orvanta::testing::TestModels::glbWithNodes(2));
-    put("bad.glb", orvanta::testing::TestModels::glbWithNodes(40));
+    put("good.glb", TestModels::glbWithNodes(2));
+    put("bad.glb", TestModels::glbWithNodes(40));
     server_.setFailing("bad.glb");
     const Download cut = download("bad.glb");
     ASSERT_TRUE(cut.error.has_value()) << "the cut body arrived";
@@ -152,8 +137,7 @@ TEST_F(LoopbackMenuServerTest, TheFailingModelIsALostConnectionForTheClientAndTh
 
     // The model loader passes the same error on (its cache is a private temporary folder).
     QTemporaryDir cache;
-    const QByteArray savedTmpdir = qgetenv("TMPDIR");
-    qputenv("TMPDIR", cache.path().toLocal8Bit());
+    ScopedTmpdir tmpdir(cache.path());
     auto network = std::make_shared<NetworkManager>(std::make_shared<net::HttpClient>(net::TransferLimits{.idleTimeout = 30s}));
     std::optional<core::Error> failure;
     std::atomic<bool> done{false};
@@ -161,9 +145,7 @@ TEST_F(LoopbackMenuServerTest, TheFailingModelIsALostConnectionForTheClientAndTh
         failure = c.failure;
         done = true;
     }, [](const NetworkManager::ModelEntityPtr&) {});
-    ASSERT_TRUE(runUntil([&] { return done.load(); }));
-    if (savedTmpdir.isEmpty()) qunsetenv("TMPDIR");
-    else qputenv("TMPDIR", savedTmpdir);
+    ASSERT_TRUE(EventLoopWait::until([&] { return done.load(); }));
     ASSERT_TRUE(failure.has_value());
     EXPECT_EQ(failure->domain(), "URLError");
     EXPECT_EQ(failure->code(), -1005);
