@@ -4,14 +4,11 @@
 #include "export/UsdzWriter.h"
 
 #include <filesystem>
+#include <optional>
 
 namespace orvanta::demo {
 
 namespace {
-
-std::string versioned(const DishRecipe& recipe, const char* extension) {
-    return recipe.stem + "-v" + std::to_string(DishModels::generatorVersion) + extension;
-}
 
 core::Error writeError(const std::string& path, const std::string& reason) {
     return core::Error("DishModelsError", 1, path + ": " + reason);
@@ -32,8 +29,12 @@ std::optional<core::Error> writeGlb(const import::ImportedScene& scene, const st
 
 } // namespace
 
-std::string DishModels::usdzName(const DishRecipe& recipe) { return versioned(recipe, ".usdz"); }
-std::string DishModels::glbName(const DishRecipe& recipe) { return versioned(recipe, ".glb"); }
+std::string DishModels::fileName(const DishRecipe& recipe, const char* extension) {
+    return recipe.stem + "-v" + std::to_string(generatorVersion) + extension;
+}
+
+std::string DishModels::usdzName(const DishRecipe& recipe) { return fileName(recipe, ".usdz"); }
+std::string DishModels::glbName(const DishRecipe& recipe) { return fileName(recipe, ".glb"); }
 
 std::string DishModels::menuModelName(const DishRecipe& recipe) {
     return recipe.format == DishFormat::glb ? glbName(recipe) : usdzName(recipe);

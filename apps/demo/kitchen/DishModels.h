@@ -19,6 +19,8 @@ public:
     // Raise whenever a recipe, a texture or a writer changes what the files hold.
     static constexpr int generatorVersion = 1;
 
+    // "<stem>-v<version><extension>": the name of one of `recipe`'s files.
+    static std::string fileName(const DishRecipe& recipe, const char* extension);
     // The file names of `recipe`: its USDZ, its GLB, and the one its menu entry links to.
     static std::string usdzName(const DishRecipe& recipe);
     static std::string glbName(const DishRecipe& recipe);

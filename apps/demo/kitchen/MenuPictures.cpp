@@ -10,7 +10,7 @@
 namespace orvanta::demo {
 
 std::string MenuPictures::pictureName(const DishRecipe& recipe) {
-    return recipe.stem + "-v" + std::to_string(DishModels::generatorVersion) + ".png";
+    return DishModels::fileName(recipe, ".png");
 }
 
 core::Result<int> MenuPictures::ensure(const std::string& folder) {
