@@ -61,7 +61,8 @@ QImage painted(int size, Paint paint) {
 
 QImage ProceduralTextures::pizzaTop(int size) {
     // The pizza's lathe profile runs from the centre of its underside out to the rim and back
-    // over the top to the centre: the top's last third is cheese, the rim before it crust.
+    // over the top to the centre: from v = 0.62 on (the top inside the rim) it is cheese with
+    // browned spots, before that dough darkening to crust towards the rim.
     const QColor dough(222, 184, 120), crust(176, 108, 48), cheese(246, 214, 120), browned(196, 128, 52);
     return painted(size, [&](int x, int y, float v) {
         const float grain = fractalNoise(x, y, size, 8, 11);
@@ -83,7 +84,8 @@ QImage ProceduralTextures::woodGrain(int size) {
 }
 
 QImage ProceduralTextures::glaze(int size, QColor band) {
-    // A plate's profile ends at the top of its rim after about nine tenths of its length.
+    // Along a plate's profile (see DishRecipes) v from 0.52 to 0.62 is the slope inside the
+    // rim: the band is painted there.
     const QColor white(246, 244, 238), speck(236, 232, 224);
     return painted(size, [&](int x, int y, float v) {
         const QColor base = mix(white, speck, fractalNoise(x, y, size, 32, 17));
