@@ -78,8 +78,8 @@ void ViewController::showPresented(bool animated, std::function<void()> completi
     if (fullScreen) {
         sheet = new QQuickItem;
     } else {
-        // Taller than the space below the inset by the corner radius, so that only the top
-        // corners show rounded; the view starts below the rounding.
+        // Reaches one corner radius below the window, so that only the top corners show
+        // rounded; the view starts below the rounding and ends at the window's bottom.
         auto* card = new QQuickRectangle;
         card->setRadius(radius);
         card->setColor(QGuiApplication::palette().color(QPalette::Window));
@@ -88,7 +88,7 @@ void ViewController::showPresented(bool animated, std::function<void()> completi
     sheet->setParent(this);
     sheet_ = sheet;
     FillParent::apply(sheet, content, top - radius);
-    FillParent::apply(shown->view(), sheet, radius);
+    FillParent::apply(shown->view(), sheet, 2 * radius);
     shown->view()->setPosition(QPointF(0, radius));
     shown->view()->forceActiveFocus();
 
