@@ -86,6 +86,8 @@ void ViewController::showPresented(bool animated, std::function<void()> completi
         sheet = card;
     }
     sheet->setParent(this);
+    // Above the window's root view, also one set later; later sheets stack above earlier ones.
+    sheet->setZ(1);
     sheet_ = sheet;
     FillParent::apply(sheet, content, top - radius);
     FillParent::apply(shown->view(), sheet, 2 * radius);

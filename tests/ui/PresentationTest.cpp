@@ -70,7 +70,6 @@ TEST(Presentation, AnimatedPresentSlidesUpAndCompletesAtTheEnd) {
     EXPECT_GE(sceneRect(presented->view()).top(), 250) << "starts below the window";
     ASSERT_TRUE(runEventsUntil([&] { return completed; }));
     EXPECT_EQ(sceneRect(presented->view()), QRectF(0, 0, 400, 300));
-    EXPECT_TRUE(presented->view()->hasActiveFocus() || !shown.window->quickWindow()->isActive());
 }
 
 TEST(Presentation, ASecondPresentIsRefusedWithAWarning) {
@@ -87,9 +86,6 @@ TEST(Presentation, ASecondPresentIsRefusedWithAWarning) {
     EXPECT_EQ(share->presentingViewController(), nullptr);
     EXPECT_EQ(share->parent(), nullptr);
     EXPECT_FALSE(completed);
-    // The one it presents may present in turn.
-    dish->present(share.release(), false);
-    EXPECT_NE(dish->presentedViewController(), nullptr);
 }
 
 TEST(Presentation, DismissFromEitherSideRemovesAndDeletesThePresented) {
@@ -114,20 +110,6 @@ TEST(Presentation, DismissFromEitherSideRemovesAndDeletesThePresented) {
     }
 }
 
-TEST(Presentation, DismissTakesDownTheWholeChainAbove) {
-    ShownWindow shown;
-    auto* first = new ViewController;
-    auto* second = new ViewController;
-    shown.root->present(first, false);
-    first->present(second, false);
-    QPointer<ViewController> watched(second);
-    shown.root->dismiss(false);
-
-    EXPECT_EQ(shown.root->presentedViewController(), nullptr);
-    ASSERT_TRUE(runEventsUntil([&] { return !watched; }));
-    EXPECT_EQ(shown.window->quickWindow()->contentItem()->childItems().size(), 1);
-}
-
 TEST(Presentation, WithoutAWindowTheRelationIsKeptAndShownOnceThereIsOne) {
     ShownWindow shown;
     auto* host = new ViewController;
@@ -146,10 +128,6 @@ TEST(Presentation, WithoutAWindowTheRelationIsKeptAndShownOnceThereIsOne) {
 
 TEST(Navigation, PushPopAndTop) {
     ShownWindow shown;
-    NavigationController empty(nullptr);
-    EXPECT_EQ(empty.topViewController(), nullptr);
-    EXPECT_EQ(empty.popViewController(false), nullptr);
-
     ViewController* menu = named(new ViewController, "menu");
     auto* navigation = new NavigationController(menu);
     shown.window->setRootViewController(navigation);
@@ -210,13 +188,11 @@ TEST(ConnectedScenes, TheChainFromTheFirstSceneToTheTopController) {
         EXPECT_EQ(application.connectedScenes(), (std::vector<Scene*>{&elsewhere, &later}));
         EXPECT_EQ(topController(application), nullptr) << "the first scene shows no windows";
     }
-    EXPECT_TRUE(application.connectedScenes().empty());
 
     WindowScene scene(application);
     EXPECT_EQ(topController(application), nullptr) << "no window";
     auto* window = new Window(&scene);
     new Window(&scene);
-    EXPECT_EQ(scene.windows().front(), window);
     EXPECT_EQ(topController(application), nullptr) << "no root";
 
     auto* root = new ViewController;
@@ -233,9 +209,13 @@ TEST(ConnectedScenes, TheChainFromTheFirstSceneToTheTopController) {
     EXPECT_EQ(topController(application), screen);
     EXPECT_EQ(screen->window(), window);
 
-    auto* inner = new QQuickItem(screen->view());
-    EXPECT_EQ(ViewController::owning(inner), screen);
+    EXPECT_EQ(ViewController::owning(new QQuickItem(screen->view())), screen);
     EXPECT_EQ(ViewController::owning(window->quickWindow()->contentItem()), nullptr);
+
+    QPointer<ViewController> watched(screen);
+    root->dismiss(false);
+    EXPECT_EQ(topController(application), root) << "dismissing takes down the whole chain above";
+    EXPECT_TRUE(runEventsUntil([&] { return !watched; }));
 }
 
 } // namespace
