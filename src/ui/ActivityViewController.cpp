@@ -58,7 +58,7 @@ void ActivityViewController::copyToClipboard() {
 void ActivityViewController::saveAs(const QString& path) { saveAs(path, {}); }
 
 void ActivityViewController::saveAs(const QString& path, PngFile::Done done) {
-    finish("save", [image = image(), path] { return PngFile::replace(image, path); }, std::move(done));
+    finish("saved", [image = image(), path] { return PngFile::replace(image, path); }, std::move(done));
 }
 
 void ActivityViewController::openWith() { openWith({}); }
@@ -73,7 +73,7 @@ void ActivityViewController::openWith(PngFile::Done done) {
         if (!QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
             core::Log::print("No application opened the picture " + path.toStdString() + ".");
     };
-    finish("open", std::move(write), std::move(done), std::move(open));
+    finish("opened", std::move(write), std::move(done), std::move(open));
 }
 
 void ActivityViewController::cancel() { dismiss(true); }
@@ -84,7 +84,7 @@ void ActivityViewController::finish(const char* activity, std::function<core::Re
     PngFile::inBackground(std::move(write), [activity, done = std::move(done), then = std::move(then)](
                                                 core::Result<QString> outcome) {
         if (!outcome)
-            core::Log::print(std::string("Could not ") + activity + " the picture: " + outcome.error().localizedDescription());
+            core::Log::print(std::string("The picture was not ") + activity + ": " + outcome.error().localizedDescription());
         else if (then)
             then(outcome.value());
         if (done) done(std::move(outcome));

@@ -26,6 +26,7 @@ public:
     // Presents full screen: the sheet's own view draws the backdrop and the card. Main thread.
     explicit ActivityViewController(std::vector<QVariant> activityItems, QObject* parent = nullptr);
 
+    // As given. Main thread.
     const std::vector<QVariant>& activityItems() const;
     // The picture the activities share. Main thread.
     QImage image() const;

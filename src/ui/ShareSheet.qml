@@ -83,6 +83,7 @@ FocusScope {
                 objectName: "cancel"
                 text: qsTr("Cancel")
                 visible: !root.choosingPath
+                Layout.topMargin: 8
                 onClicked: root.sheet.cancel()
             }
 

@@ -78,17 +78,19 @@ void ViewController::showPresented(bool animated, std::function<void()> completi
     if (fullScreen) {
         sheet = new QQuickItem;
     } else {
-        // Taller than the space below the inset by the corner radius, so that only the top
-        // corners show rounded; the view starts below the rounding.
+        // Reaches one corner radius below the window, so that only the top corners show
+        // rounded; the view starts below the rounding and ends at the window's bottom.
         auto* card = new QQuickRectangle;
         card->setRadius(radius);
         card->setColor(QGuiApplication::palette().color(QPalette::Window));
         sheet = card;
     }
     sheet->setParent(this);
+    // Above the window's root view, also one set later; later sheets stack above earlier ones.
+    sheet->setZ(1);
     sheet_ = sheet;
     FillParent::apply(sheet, content, top - radius);
-    FillParent::apply(shown->view(), sheet, radius);
+    FillParent::apply(shown->view(), sheet, 2 * radius);
     shown->view()->setPosition(QPointF(0, radius));
     shown->view()->forceActiveFocus();
 

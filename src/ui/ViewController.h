@@ -49,7 +49,7 @@ public:
     // when it presents nothing, asks its presenter to dismiss it. The dismissed view leaves the
     // window, sliding down in 0.3 s when `animated`; `completion` runs when it has left (at
     // once when there is nothing to dismiss) and the dismissed controller is deleted later.
-    // Main thread.
+    // The relation ends at the call: this controller may present again at once. Main thread.
     void dismiss(bool animated, std::function<void()> completion = {});
 
     // The controller this one presents, or null. Main thread.

@@ -43,10 +43,8 @@ void Window::setRootViewController(ViewController* controller) {
         controller->window_ = this;
         QQuickItem* content = window_->contentItem();
         QQuickItem* view = controller->view();
-        const QList<QQuickItem*> presented = content->childItems();
         FillParent::apply(view, content);
         view->setPosition(QPointF(0, 0));
-        if (!presented.isEmpty()) view->stackBefore(presented.front());
     }
     emit rootViewControllerChanged();
 }

@@ -28,6 +28,7 @@ public:
 
     // Null only when a borrowed window was destroyed by its owner. Main thread.
     QQuickWindow* quickWindow() const;
+    // The scene this window belongs to. Main thread.
     WindowScene* scene() const;
 
     // Null until set. Main thread.

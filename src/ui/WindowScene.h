@@ -14,6 +14,7 @@ class WindowScene : public Scene {
     Q_OBJECT
 
 public:
+    // Connects to `application`, with no windows yet. Main thread.
     explicit WindowScene(Application& application = Application::shared(), QObject* parent = nullptr);
     // Deletes its windows.
     ~WindowScene() override;

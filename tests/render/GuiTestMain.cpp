@@ -1,5 +1,5 @@
-// Entry of the rendering tests: a GUI application with OpenGL surfaces for Quick 3D, the
-// main queue served by its event loop, and a real background queue.
+// Entry of the GUI tests (rendering and controllers): a GUI application with OpenGL surfaces
+// for Quick 3D, the main queue served by its event loop, and a real background queue.
 #include "core/Dispatch.h"
 #include "core/EventLoopScheduler.h"
 

@@ -1,0 +1,33 @@
+#pragma once
+// A window scene of a test's own application with one shown window whose root controller is
+// a plain controller named "root".
+
+#include "EventWait.h"
+#include "ui/Application.h"
+#include "ui/ViewController.h"
+#include "ui/Window.h"
+#include "ui/WindowScene.h"
+
+#include <QQuickWindow>
+
+#include <memory>
+
+namespace orvanta::testing {
+
+struct ShownWindow {
+    explicit ShownWindow(QSize size = QSize(400, 300)) {
+        window->quickWindow()->resize(size);
+        window->quickWindow()->show();
+        root->setObjectName("root");
+        window->setRootViewController(root);
+        window->quickWindow()->requestActivate();
+        runEventsUntil([this] { return window->quickWindow()->isExposed(); });
+    }
+
+    ui::Application application;
+    std::unique_ptr<ui::WindowScene> scene = std::make_unique<ui::WindowScene>(application);
+    ui::Window* window = new ui::Window(scene.get());
+    ui::ViewController* root = new ui::ViewController;
+};
+
+} // namespace orvanta::testing
