@@ -48,6 +48,9 @@ QQmlEngine& ScreensModule::engine() {
         static const bool registered = (initialiseScreenLayouts(), registerTypes(), true);
         (void)registered;
         engine = new QQmlEngine(QCoreApplication::instance()); // Qt ownership: the application's child
+        // Goes while the application still runs its events: the engine's picture loader
+        // thread cannot be stopped from the application's destructor.
+        QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, engine, &QObject::deleteLater);
     }
     return *engine;
 }

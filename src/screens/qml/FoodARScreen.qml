@@ -293,7 +293,11 @@ FocusScope {
         Behavior on y { enabled: screen.previewAnimated; NumberAnimation { duration: 500; easing.type: Easing.InOutQuad } }
         Accessible.role: Accessible.Button
         Accessible.name: qsTr("Open the photo")
-        TapHandler { onTapped: screen.thumbnailTapped() }
+        // Takes the tap for itself: the dish strip under the thumbnail does not see it.
+        MouseArea {
+            anchors.fill: parent
+            onClicked: screen.thumbnailTapped()
+        }
 
         // The thumbnail's appear action runs when it comes on screen, and again when a new
         // snapshot replaces the picture it shows.

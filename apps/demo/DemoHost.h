@@ -1,0 +1,64 @@
+#pragma once
+// The sample host: what a restaurant's app would do to show the kit. It gets its restaurant
+// (the sample one, served by a loopback server, or one read from a JSON menu), opens a window
+// with the restaurant's name and a button "Open full screen", embeds the kit's view below
+// them, and presents the kit full screen from its root controller when the button is pressed.
+// Thread: main thread of a QGuiApplication.
+
+#include "LoopbackMenuServer.h"
+#include "core/Result.h"
+#include "ui/Window.h"
+#include "ui/WindowScene.h"
+
+#include <OrvantaARFoodSDK/Restaurant.h>
+#include <OrvantaARFoodSDK/RestaurantExperienceView.h>
+
+#include <QObject>
+#include <QQmlEngine>
+#include <QQuickWindow>
+#include <QSize>
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+namespace orvanta::demo {
+
+class DemoHost : public QObject {
+    Q_OBJECT
+
+public:
+    struct Options {
+        bool slow = false;
+        QString failingDish;  // the dish whose model fails to download; empty for none
+        QString menuFile;     // a JSON menu instead of the sample restaurant
+        bool clearCache = false;
+        QSize windowSize{480, 900};
+    };
+
+    DemoHost();
+    ~DemoHost() override;
+
+    // Prepares the restaurant and shows the window; an error names what could not be done.
+    core::Result<bool> start(const Options& options);
+    QQuickWindow& window() { return window_; }
+
+public slots:
+    // The host's button: the kit presents itself full screen over the host's root controller.
+    void openFullScreen();
+
+private:
+    core::Result<Restaurant> sampleRestaurant(const Options& options);
+    static core::Result<bool> clearKitCache();
+    void showWindow(const Restaurant& restaurant, QSize size);
+
+    QQuickWindow window_;
+    QQmlEngine engine_;
+    std::unique_ptr<LoopbackMenuServer> server_;
+    ui::WindowScene scene_;
+    std::unique_ptr<ui::Window> uiWindow_;
+    std::unique_ptr<RestaurantExperienceView> embedded_;
+    std::optional<Restaurant> restaurant_;
+};
+
+} // namespace orvanta::demo

@@ -1,0 +1,51 @@
+#pragma once
+// The road of one dish, driven through real input events on the host's window: the menu, a
+// tap on a dish, AR mode until the dish stands on the simulated table, a capture, its
+// thumbnail, the preview, Save to Photos, back to 3D mode, and closing the dish. Each step
+// waits (at most 20 s) for the state it must reach, then writes a numbered screenshot into
+// the output folder and prints one line with its time. The saved photo is copied beside the
+// screenshots.
+// Thread: main thread of the application, with the window shown.
+
+#include <QElapsedTimer>
+#include <QImage>
+#include <QString>
+
+#include <functional>
+
+class QQuickItem;
+class QQuickWindow;
+
+namespace orvanta::demo {
+
+class Walkthrough {
+public:
+    // Seconds a step may take to reach its state.
+    static constexpr int stepTimeoutMs = 20000;
+
+    Walkthrough(QQuickWindow& window, QString outputFolder);
+
+    // Runs every step; 0 when all reached their state, otherwise 1 after naming the step.
+    int run();
+
+private:
+    // Runs `act`, waits until `reached` holds, then takes the screenshot `number`-`name`.png.
+    bool step(const QString& name, const std::function<void()>& act, const std::function<bool()>& reached);
+    // The item named `name` anywhere in the window (delegates included), or null.
+    QQuickItem* item(const char* name) const;
+    // The dish screen's state object, or null while no dish screen shows.
+    QObject* dishScreen() const;
+    // A left click in the middle of `target`, as a mouse would make it.
+    void click(QQuickItem* target);
+    // A click on the picture away from the controls: shows the dish screen's controls.
+    void tapScreen();
+    QString saveScreenshot(const QString& name);
+
+    QQuickWindow& window_;
+    QString folder_;
+    int number_ = 0;
+    QElapsedTimer clock_;
+    QImage captured_;
+};
+
+} // namespace orvanta::demo
