@@ -21,6 +21,18 @@ QQuickItem* findIn(QQuickItem* root, const QString& name) {
     return nullptr;
 }
 
+// Whether every picture under `root` that is meant to show has loaded.
+bool picturesLoaded(QQuickItem* root) {
+    for (QQuickItem* child : root->childItems()) {
+        const bool shown = child->isVisible() || child->objectName() == QLatin1String("picture");
+        if (child->objectName() == QLatin1String("picture") && child->parentItem()->isVisible() &&
+            child->property("status").toInt() != 1 /* Image.Ready */)
+            return false;
+        if (shown && !picturesLoaded(child)) return false;
+    }
+    return true;
+}
+
 // The PNG files in the user's Pictures folder, newest last.
 QFileInfoList photos() {
     const QDir pictures(QStandardPaths::writableLocation(QStandardPaths::PicturesLocation));
@@ -91,10 +103,11 @@ int Walkthrough::run() {
              [this] {
                  QQuickItem* grid = item("menuGrid");
                  QQuickItem* first = item("card0");
-                 return grid && grid->property("count").toInt() > 0 && first && first->width() > 0;
+                 return grid && grid->property("count").toInt() > 0 && first && first->width() > 0 && picturesLoaded(grid);
              }) &&
         step("dish-opened", [this] { click(item("card0")); }, [&] { return depth() == 2 && item("arView"); }) &&
-        step("dish-on-the-table", [] {}, [&] { return dishProperty("isModelLoaded").toBool(); }) &&
+        step("dish-on-the-table", [] {},
+             [&] { return dishProperty("isModelLoaded").toBool() && item("arView")->property("texturesReady").toBool(); }) &&
         step("captured",
              [this] {
                  tapScreen();
@@ -125,7 +138,11 @@ int Walkthrough::run() {
                  QTest::qWaitFor([this] { return item("mode3D") != nullptr; }, stepTimeoutMs);
                  click(item("mode3D"));
              },
-             [&] { return item("threeDViewer") && dishProperty("isModelLoaded").toBool() && !dishProperty("showsProgress").toBool(); }) &&
+             [&] {
+                 QQuickItem* viewer = item("threeDViewer");
+                 return viewer && dishProperty("isModelLoaded").toBool() && !dishProperty("showsProgress").toBool() &&
+                        viewer->property("texturesReady").toBool();
+             }) &&
         step("closed",
              [this] {
                  tapScreen();

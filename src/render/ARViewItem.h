@@ -27,6 +27,9 @@ class CoachingOverlayItem;
 
 class ARViewItem : public QQuickItem {
     Q_OBJECT
+    // Whether every texture of the shown content has been decoded and handed to Quick 3D (for
+    // hosts and tests that wait for the finished picture).
+    Q_PROPERTY(bool texturesReady READ texturesReady)
 
 public:
     explicit ARViewItem(QQuickItem* parent = nullptr);
@@ -44,6 +47,7 @@ public:
     QQuick3DViewport* viewport() const { return viewport_; }
     const EntitySceneBridge& bridge() const { return *bridge_; }
     TextureCache& textures() { return resources_->textures(); }
+    bool texturesReady() const { return resources_->textures().pendingDecodes() == 0; }
 
 signals:
     // After the Quick 3D scene has taken a session frame.

@@ -23,6 +23,9 @@ namespace orvanta::render {
 
 class SceneViewItem : public QQuickItem {
     Q_OBJECT
+    // Whether every texture of the shown content has been decoded and handed to Quick 3D (for
+    // hosts and tests that wait for the finished picture).
+    Q_PROPERTY(bool texturesReady READ texturesReady)
 
 public:
     explicit SceneViewItem(QQuickItem* parent = nullptr);
@@ -35,6 +38,7 @@ public:
     QQuick3DViewport* viewport() const { return viewport_; }
     const SceneGraphBridge& bridge() const { return *bridge_; }
     TextureCache& textures() { return resources_->textures(); }
+    bool texturesReady() const { return resources_->textures().pendingDecodes() == 0; }
     // Brings the Quick 3D scene in line with the view's scene now.
     void sync();
 

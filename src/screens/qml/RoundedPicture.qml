@@ -12,6 +12,7 @@ Item {
 
     Image {
         id: picture
+        objectName: "picture"
         anchors.fill: parent
         source: frame.source
         asynchronous: true
