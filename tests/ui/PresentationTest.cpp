@@ -28,8 +28,8 @@ TEST(Presentation, PlacesTheViewByStyleAndFollowsResizes) {
         ModalPresentationStyle style;
         bool fullHeight;
     };
-    for (const Case& c : {Case{ModalPresentationStyle::fullScreen, true}, Case{ModalPresentationStyle::pageSheet, false},
-                          Case{ModalPresentationStyle::automatic, false}}) {
+    for (const Case& c : {Case{ModalPresentationStyle::fullScreen, true}, Case{ModalPresentationStyle::overFullScreen, true},
+                          Case{ModalPresentationStyle::pageSheet, false}, Case{ModalPresentationStyle::automatic, false}}) {
         SCOPED_TRACE(static_cast<int>(c.style));
         ShownWindow shown;
         auto* hosted = new QQuickItem;
