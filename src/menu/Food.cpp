@@ -1,4 +1,4 @@
-#include "menu/Food.h"
+#include <OrvantaARFoodSDK/Food.h>
 
 #include <QHashFunctions>
 

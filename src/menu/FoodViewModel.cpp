@@ -1,4 +1,4 @@
-#include "menu/FoodViewModel.h"
+#include <OrvantaARFoodSDK/FoodViewModel.h>
 
 #include <OrvantaARFoodSDK/Rearranged.h>
 

@@ -1,4 +1,4 @@
-#include "menu/Router.h"
+#include <OrvantaARFoodSDK/Router.h>
 
 #include <QtGlobal>
 

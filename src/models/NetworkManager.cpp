@@ -63,7 +63,7 @@ core::Publisher<core::Url> NetworkManager::downloadAndCacheModel(const core::Url
     }
     // The response status is deliberately not examined: whatever body arrives is the model.
     const std::string cacheDirectory = std::filesystem::path(destination.path()).parent_path().string();
-    return session_->download(from, cacheDirectory).tryMap([destination](const net::DownloadedFile& download) {
+    return session_->download(from, cacheDirectory, onProgress_).tryMap([destination](const net::DownloadedFile& download) {
         moveIntoCache(download, destination);
         core::Log::print("Downloaded and saved model to: " + destination.path());
         return destination;

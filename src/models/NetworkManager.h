@@ -41,6 +41,10 @@ public:
     // 404, or SceneKitError 500 when the file is no readable scene.
     virtual core::Publisher<SceneNodePtr> loadSceneKitModel(const std::string& from);
 
+    // Told how far each download of this manager has got, on the HTTP client's worker thread.
+    // Set it before starting loads.
+    void setDownloadProgressHandler(net::DownloadProgress::Handler handler) { onProgress_ = std::move(handler); }
+
 protected:
     // The cached file's URL, downloading and writing it first when it is not there yet.
     virtual core::Publisher<core::Url> downloadAndCacheModel(const core::Url& from);
@@ -60,6 +64,7 @@ private:
                                      core::Publisher<T> (NetworkManager::*loadLocal)(const core::Url&));
 
     std::shared_ptr<net::HttpClient> session_;
+    net::DownloadProgress::Handler onProgress_;
 };
 
 } // namespace orvanta

@@ -16,7 +16,11 @@ std::function<void(const core::Completion&)> completionHandler(std::weak_ptr<Orv
             return;
         }
         core::Log::print("Failed to load model: " + completion.failure->description());
-        if (auto self = weak.lock()) self->setLoading(false);
+        if (auto self = weak.lock()) {
+            self->setLoading(false);
+            const QString description = QString::fromStdString(completion.failure->description());
+            QMetaObject::invokeMethod(self.get(), [self, description] { emit self->loadFailed(description); }, Qt::QueuedConnection);
+        }
     };
 }
 
@@ -33,6 +37,22 @@ void OrvARViewModel::setNetwork(std::shared_ptr<NetworkManager> network) {
     emit networkChanged();
 }
 
+void OrvARViewModel::watchDownloads(NetworkManager& network) {
+    // Held weakly: the manager may outlive this view model.
+    network.setDownloadProgressHandler([weak = weak_from_this()](const net::DownloadProgress& progress) {
+        auto self = weak.lock();
+        if (!self) return;
+        self->received_.store(progress.received);
+        self->expected_.store(progress.expected.value_or(-1));
+        QMetaObject::invokeMethod(self.get(), [self] { emit self->downloadProgressChanged(); }, Qt::QueuedConnection);
+    });
+}
+
+net::DownloadProgress OrvARViewModel::downloadProgress() const {
+    const qint64 expected = expected_.load();
+    return {received_.load(), expected < 0 ? std::nullopt : std::optional<qint64>(expected)};
+}
+
 void OrvARViewModel::setModelEntity(NetworkManager::ModelEntityPtr model) {
     modelEntity_ = std::move(model);
     emit modelEntityChanged();
@@ -45,6 +65,10 @@ void OrvARViewModel::setScnModel(NetworkManager::SceneNodePtr model) {
 
 void OrvARViewModel::setLoading(bool loading) {
     loading_.store(loading);
+    if (loading) {
+        received_.store(0);
+        expected_.store(-1);
+    }
     if (QThread::currentThread() == thread()) {
         emit loadingChanged();
         return;
@@ -57,6 +81,7 @@ void OrvARViewModel::loadModel(const std::string& link) {
     setLoading(true);
     const auto network = this->network();
     if (!network) return; // stays loading: there is nothing that could end it
+    watchDownloads(*network);
     std::weak_ptr<OrvARViewModel> weak = weak_from_this();
     cancellables_.store(network->loadModel(link).sink(completionHandler(weak), [weak](NetworkManager::ModelEntityPtr model) {
         if (auto self = weak.lock()) self->setLoading(false);
@@ -68,6 +93,7 @@ void OrvARViewModel::loadScnModel(const std::string& link) {
     setLoading(true);
     const auto network = this->network();
     if (!network) return;
+    watchDownloads(*network);
     std::weak_ptr<OrvARViewModel> weak = weak_from_this();
     cancellables_.store(network->loadSceneKitModel(link).sink(completionHandler(weak), [weak](NetworkManager::SceneNodePtr node) {
         if (auto self = weak.lock()) self->setLoading(false);

@@ -48,6 +48,9 @@ public:
     bool hasModelEntity() const { return modelEntity_ != nullptr; }
     bool hasScnModel() const { return scnModel_ != nullptr; }
 
+    // How far the running load's download has got (zero received while none runs). Any thread.
+    net::DownloadProgress downloadProgress() const;
+
     // Loads `link` for the AR mode; the entity lands in modelEntity.
     void loadModel(const std::string& link);
     // Loads `link` for the 3D mode; the node lands in scnModel.
@@ -58,13 +61,24 @@ signals:
     void modelEntityChanged();
     void scnModelChanged();
     void loadingChanged();
+    // Beside the logged line, a failed load tells its error's description here, on the view
+    // model's own thread, so a screen can show it.
+    void loadFailed(const QString& description);
+    // The running download moved on; emitted on the view model's own thread.
+    void downloadProgressChanged();
 
 private:
+    // Makes `network` report its downloads' progress to this view model.
+    void watchDownloads(NetworkManager& network);
+
     std::shared_ptr<NetworkManager> network_;
     NetworkManager::ModelEntityPtr modelEntity_;
     NetworkManager::SceneNodePtr scnModel_;
     core::CancellableSet cancellables_;
     std::atomic<bool> loading_{false}; // written from the HTTP client's thread on a failure
+    // Written on the HTTP client's thread as a download runs; -1 is an undeclared length.
+    std::atomic<qint64> received_{0};
+    std::atomic<qint64> expected_{-1};
 };
 
 } // namespace orvanta

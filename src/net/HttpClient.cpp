@@ -51,11 +51,14 @@ struct Transfer {
     qint64 written = 0;  // decoded bytes, in the file or pending
     std::vector<char> pending; // decoded bytes not written yet
     std::optional<core::Error> stop; // why the transfer ends early
+    DownloadProgress::Handler onProgress;
+    std::optional<qint64> declaredLength;
 
     // The answer's head: a declared length over the maximum ends the transfer at once.
     void headArrived(QNetworkReply& reply) {
         const QVariant declared = reply.header(QNetworkRequest::ContentLengthHeader);
-        if (declared.isValid() && declared.toLongLong() > limits.maximumBodySize) end(reply, tooLarge());
+        if (declared.isValid()) declaredLength = declared.toLongLong();
+        if (declaredLength > limits.maximumBodySize) end(reply, tooLarge());
     }
 
     // Moves what the reply holds through the decoder into the file, ending the transfer
@@ -64,6 +67,7 @@ struct Transfer {
         if (!decoder)
             decoder = std::make_unique<ContentDecoder>(reply.rawHeader("Content-Encoding"),
                                                        [this](const char* data, qint64 size) { return write(data, size); });
+        const qint64 before = received;
         while (!stop && reply.bytesAvailable() > 0) {
             const qint64 n = reply.read(buffer.data(), chunkSize);
             if (n <= 0) break;
@@ -71,7 +75,8 @@ struct Transfer {
             if (received > limits.maximumBodySize) return end(reply, tooLarge());
             if (!decoder->feed(buffer.data(), n) && !stop) return end(reply, undecodable());
         }
-        if (stop) reply.abort();
+        if (stop) return reply.abort();
+        if (onProgress && received != before) onProgress(DownloadProgress{received, declaredLength});
     }
 
     // Appends decoded bytes to the file, gathering small pieces so that the disk sees few
@@ -191,20 +196,24 @@ std::shared_ptr<HttpClient> HttpClient::shared() {
     return client;
 }
 
-core::Publisher<DownloadedFile> HttpClient::download(const core::Url& url, const std::string& directory) const {
-    return core::Publisher<DownloadedFile>(
-        [this, url, directory](const std::shared_ptr<core::Sink<DownloadedFile>>& sink) { start(url, directory, sink); });
+core::Publisher<DownloadedFile> HttpClient::download(const core::Url& url, const std::string& directory,
+                                                     DownloadProgress::Handler onProgress) const {
+    return core::Publisher<DownloadedFile>([this, url, directory, onProgress](const std::shared_ptr<core::Sink<DownloadedFile>>& sink) {
+        start(url, directory, sink, onProgress);
+    });
 }
 
 void HttpClient::start(const core::Url& url, const std::string& directory,
-                       const std::shared_ptr<core::Sink<DownloadedFile>>& sink) const {
+                       const std::shared_ptr<core::Sink<DownloadedFile>>& sink,
+                       const DownloadProgress::Handler& onProgress) const {
     QNetworkAccessManager* manager = manager_.get();
     // The worker is captured weakly: a task must never hold the last reference to its own thread.
-    worker_->async([manager, url, directory, sink, limits = limits(), weakWorker = std::weak_ptr<core::EventLoopScheduler>(worker_)] {
+    worker_->async([manager, url, directory, sink, onProgress, limits = limits(), weakWorker = std::weak_ptr<core::EventLoopScheduler>(worker_)] {
         if (sink->token()->isCancelled()) return;
         auto transfer = std::make_shared<Transfer>();
         transfer->sink = sink;
         transfer->limits = limits;
+        transfer->onProgress = onProgress;
         transfer->file = std::make_shared<QTemporaryFile>(QString::fromStdString(directory + "/.download-XXXXXX.part"));
         if (!transfer->file->open()) {
             sink->complete(core::Completion::failed(core::Error(

@@ -8,6 +8,7 @@
 #include "core/EventLoopScheduler.h"
 #include "core/Publisher.h"
 #include "core/Url.h"
+#include "net/DownloadProgress.h"
 #include "net/DownloadedFile.h"
 #include "net/TransferLimits.h"
 
@@ -38,15 +39,16 @@ public:
     // compressed) to a new hidden file in `directory` and publishes it once; or fails with a
     // "URLError" error (transfer: cut short, undecodable, over the maximum size or past a
     // time-out) or a "FileWriteError" error (disk), leaving no file. Cancelling aborts the
-    // transfer.
-    core::Publisher<DownloadedFile> download(const core::Url& url, const std::string& directory) const;
+    // transfer. `onProgress`, when given, is told on the worker thread as body bytes arrive.
+    core::Publisher<DownloadedFile> download(const core::Url& url, const std::string& directory,
+                                             DownloadProgress::Handler onProgress = {}) const;
 
     // The worker thread's queue (where results are delivered).
     const std::shared_ptr<core::EventLoopScheduler>& queue() const { return worker_; }
 
 private:
     void start(const core::Url& url, const std::string& directory,
-               const std::shared_ptr<core::Sink<DownloadedFile>>& sink) const;
+               const std::shared_ptr<core::Sink<DownloadedFile>>& sink, const DownloadProgress::Handler& onProgress) const;
 
     std::shared_ptr<core::EventLoopScheduler> worker_;
     std::unique_ptr<QNetworkAccessManager> manager_; // lives on the worker thread

@@ -43,6 +43,8 @@ ARViewItem::ARViewItem(QQuickItem* parent)
 
 ARViewItem::~ARViewItem() {
     frames_.cancel();
+    // A view that outlives this item takes no snapshots of it.
+    if (view_) view_->setSnapshotRenderer(nullptr);
     // Nodes and resources go before the scene they live in.
     bridge_.reset();
     feed_.reset();

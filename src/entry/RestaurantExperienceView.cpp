@@ -1,0 +1,58 @@
+#include <OrvantaARFoodSDK/RestaurantExperienceView.h>
+
+#include "core/Log.h"
+#include "entry/ContentViewContainer.h"
+#include "screens/ScreensModule.h"
+#include "ui/ViewController.h"
+
+#include <QQmlComponent>
+#include <QQmlEngine>
+
+#include <cstdlib>
+
+namespace orvanta {
+
+RestaurantExperienceView::RestaurantExperienceView(Restaurant restaurant, QString clientId, QQuickItem* parent)
+    : QQuickItem(parent), restaurant_(restaurant), clientId_(clientId) {
+    container_ = new ContentViewContainer(std::move(restaurant), std::move(clientId), this); // Qt ownership
+    setFlag(ItemIsFocusScope);
+    QQmlComponent component(&ScreensModule::engine(), ScreensModule::layout("RestaurantExperience.qml"));
+    if (component.isReady())
+        content_ = qobject_cast<QQuickItem*>(
+            component.createWithInitialProperties({{"experience", QVariant::fromValue(static_cast<QObject*>(this))}}));
+    if (!content_) {
+        // The layouts are compiled into the kit: failing to build one is a fault of the kit.
+        core::Log::print("The kit's root view could not be built: " + component.errorString().toStdString());
+        std::abort();
+    }
+    content_->setParent(this);
+    content_->setParentItem(this);
+    content_->setSize(size());
+    content_->setFocus(true);
+}
+
+RestaurantExperienceView::~RestaurantExperienceView() = default;
+
+void RestaurantExperienceView::setRestaurant(Restaurant restaurant) {
+    restaurant_ = restaurant;
+    static_cast<ContentViewContainer*>(container_)->setRestaurant(std::move(restaurant));
+}
+
+void RestaurantExperienceView::setClientId(QString clientId) {
+    clientId_ = clientId;
+    static_cast<ContentViewContainer*>(container_)->setClientId(std::move(clientId));
+}
+
+QObject* RestaurantExperienceView::container() const { return container_; }
+
+void RestaurantExperienceView::dismiss() {
+    emit dismissRequested();
+    if (ui::ViewController* controller = ui::ViewController::owning(this)) controller->dismiss(true);
+}
+
+void RestaurantExperienceView::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
+    QQuickItem::geometryChange(newGeometry, oldGeometry);
+    if (content_) content_->setSize(newGeometry.size());
+}
+
+} // namespace orvanta

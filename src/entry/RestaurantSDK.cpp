@@ -1,0 +1,25 @@
+#include <OrvantaARFoodSDK/RestaurantSDK.h>
+
+#include "ui/HostingController.h"
+#include "ui/ViewController.h"
+
+namespace orvanta {
+
+RestaurantSDK& RestaurantSDK::shared() {
+    static RestaurantSDK instance;
+    return instance;
+}
+
+std::unique_ptr<RestaurantSDK::RestaurantView> RestaurantSDK::makeRestaurantView(const Restaurant& restaurant,
+                                                                                 const QString& clientId) {
+    return std::make_unique<RestaurantExperienceView>(restaurant, clientId);
+}
+
+void RestaurantSDK::startRestaurantExperience(const Restaurant& restaurant, const QString& clientId, ui::ViewController* in) {
+    auto hosting = std::make_unique<ui::HostingController>(makeRestaurantView(restaurant, clientId));
+    hosting->setModalPresentationStyle(ui::ModalPresentationStyle::fullScreen);
+    // The presenter owns what it presents; the kit keeps no reference.
+    in->present(hosting.release(), true);
+}
+
+} // namespace orvanta

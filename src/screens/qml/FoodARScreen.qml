@@ -1,0 +1,310 @@
+// The dish screen: the dish in AR (placed through the camera) or in 3D, the instruction text,
+// the top bar (close, mode, reset), the capture button, the dish strip, the progress of a
+// load, a load failure with Retry, and the snapshot thumbnail over everything.
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import OrvantaARFoodSDK
+
+FocusScope {
+    id: page
+    property alias foodVM: screen.foodVM
+    readonly property FoodARView dishState: screen
+    signal screenRemoved()
+
+    function closeTopScreen() { screen.close() }
+
+    FoodARView {
+        id: screen
+        onDismissRequested: page.StackView.view.pop()
+        onNavigateToImagePreviewChanged: {
+            if (navigateToImagePreview) page.StackView.view.push(previewScreen)
+        }
+    }
+    StackView.onActivated: screen.appear()
+    StackView.onRemoved: page.screenRemoved()
+    focus: true
+
+    Component {
+        id: previewScreen
+        ImagePreviewScreen {
+            imagePreview: screen.imagePreview
+            onScreenRemoved: screen.navigateToImagePreview = false
+        }
+    }
+
+    Keys.onPressed: (event) => {
+        if ((event.key === Qt.Key_Space || event.key === Qt.Key_C) && screen.showsARView && screen.isModelLoaded) {
+            screen.takeScreenshot()
+        } else if (event.key === Qt.Key_Left || event.key === Qt.Key_Right) {
+            if (event.key === Qt.Key_Left) strip.decrementCurrentIndex(); else strip.incrementCurrentIndex()
+        } else if (event.key === Qt.Key_Return || event.key === Qt.Key_Enter) {
+            screen.chooseDishAt(strip.currentIndex)
+        } else {
+            return
+        }
+        screen.tap()
+        event.accepted = true
+    }
+
+    // A tap anywhere shows the mode control again; the controls and views inside still get it.
+    TapArea {
+        anchors.fill: parent
+        onTapped: screen.tap()
+
+        Rectangle { anchors.fill: parent; color: screen.shows3DViewer ? "white" : "black" }
+
+        Loader {
+            anchors.fill: parent
+            active: screen.showsARView
+            sourceComponent: ARViewContainerItem {
+                objectName: "arView"
+                screen: page.dishState
+                Accessible.role: Accessible.Graphic
+                Accessible.name: qsTr("Camera view with the dish on the table")
+            }
+        }
+        Loader {
+            anchors.fill: parent
+            active: screen.shows3DViewer
+            sourceComponent: ThreeDViewerItem {
+                objectName: "threeDViewer"
+                screen: page.dishState
+                Accessible.role: Accessible.Graphic
+                Accessible.name: qsTr("3D view of the dish")
+            }
+        }
+
+        Label {
+            visible: screen.showsInstructionText
+            text: qsTr("Aim at Your Table / Flat Surface")
+            color: "white"
+            font.pixelSize: Theme.body
+            font.bold: true
+            anchors.horizontalCenter: parent.horizontalCenter
+            anchors.top: parent.top
+            anchors.topMargin: 130
+            horizontalAlignment: Text.AlignHCenter
+            width: Math.min(implicitWidth, parent.width - 2 * Theme.padding)
+            wrapMode: Text.WordWrap
+            style: Text.Raised
+            styleColor: "#80000000"
+        }
+
+        ColumnLayout {
+            anchors.fill: parent
+            anchors.margins: Theme.padding / 2
+            spacing: Theme.padding / 2
+
+            RowLayout {
+                id: topBar
+                objectName: "topBar"
+                Layout.alignment: Qt.AlignHCenter
+                spacing: 0
+                visible: opacity > 0
+                opacity: screen.showsTopBar ? 1 : 0
+                Behavior on opacity { NumberAnimation { duration: 250 } }
+
+                SymbolButton {
+                    objectName: "closeButton"
+                    symbol: "xmark"
+                    Accessible.name: qsTr("Close")
+                    Layout.rightMargin: 10
+                    onClicked: screen.close()
+                }
+                Rectangle {
+                    color: Theme.systemGray
+                    radius: 10
+                    implicitWidth: modeRow.implicitWidth + 20
+                    implicitHeight: modeRow.implicitHeight + 20
+                    Accessible.role: Accessible.PageTabList
+                    Accessible.name: qsTr("Mode")
+                    Row {
+                        id: modeRow
+                        anchors.centerIn: parent
+                        Repeater {
+                            model: [{ label: "AR", mode: FoodARView.AR }, { label: "3D", mode: FoodARView.ThreeD }]
+                            delegate: Button {
+                                required property var modelData
+                                objectName: "mode" + modelData.label
+                                text: modelData.label
+                                checkable: true
+                                checked: screen.selectedMode === modelData.mode
+                                width: 64
+                                focusPolicy: Qt.StrongFocus
+                                Accessible.role: Accessible.PageTab
+                                Accessible.name: modelData.label
+                                onClicked: screen.selectedMode = modelData.mode
+                                background: Rectangle {
+                                    radius: 7
+                                    color: parent.checked ? "white" : "transparent"
+                                    border.width: parent.visualFocus ? 2 : 0
+                                    border.color: Theme.focusRing
+                                }
+                            }
+                        }
+                    }
+                }
+                SymbolButton {
+                    objectName: "resetButton"
+                    symbol: "arrow.trianglehead.counterclockwise"
+                    Accessible.name: qsTr("Reset")
+                    Layout.leftMargin: 10
+                    onClicked: screen.resetPressed()
+                }
+            }
+
+            Item { Layout.fillHeight: true }
+
+            Button {
+                objectName: "captureButton"
+                visible: screen.showsCaptureButton
+                Layout.alignment: Qt.AlignHCenter
+                Layout.bottomMargin: Theme.padding
+                Accessible.name: qsTr("Take a photo")
+                Accessible.role: Accessible.Button
+                padding: 0
+                background: Item {}
+                contentItem: CameraIconView {}
+                onClicked: screen.takeScreenshot()
+            }
+
+            ListView {
+                id: strip
+                objectName: "dishStrip"
+                Layout.fillWidth: true
+                Layout.preferredHeight: 96
+                orientation: ListView.Horizontal
+                spacing: 8
+                clip: true
+                model: screen.dishes
+                currentIndex: screen.selectedFoodIndex
+                Accessible.role: Accessible.List
+                Accessible.name: qsTr("Dishes")
+                delegate: Rectangle {
+                    id: tile
+                    required property int index
+                    required property string name
+                    required property url picture
+                    required property bool selected
+                    width: 96
+                    height: 96
+                    radius: 8
+                    color: Qt.rgba(0.5, 0.5, 0.5, selected ? 0.7 : 0.3)
+                    border.width: strip.currentIndex === index && page.activeFocus ? 2 : 0
+                    border.color: Theme.focusRing
+                    objectName: "tile" + index
+                    Accessible.role: Accessible.Button
+                    Accessible.name: name
+                    Accessible.onPressAction: screen.chooseDishAt(index)
+                    RoundedPicture {
+                        anchors.centerIn: parent
+                        width: 80
+                        height: 80
+                        source: tile.picture
+                        fill: false
+                    }
+                    TapHandler { onTapped: screen.chooseDishAt(tile.index) }
+                }
+            }
+        }
+
+        Rectangle {
+            visible: screen.showsProgress
+            anchors.centerIn: parent
+            width: 120
+            height: 120
+            radius: 16
+            color: "#b0000000"
+            Accessible.role: Accessible.ProgressBar
+            Accessible.name: qsTr("Loading the dish")
+            BusyIndicator {
+                anchors.centerIn: parent
+                running: parent.visible && screen.downloadFraction < 0
+                visible: running
+            }
+            Column {
+                anchors.centerIn: parent
+                visible: screen.downloadFraction >= 0
+                spacing: 8
+                ProgressBar {
+                    width: 90
+                    value: Math.max(0, screen.downloadFraction)
+                }
+                Label {
+                    anchors.horizontalCenter: parent.horizontalCenter
+                    color: "white"
+                    text: Math.round(Math.max(0, screen.downloadFraction) * 100) + " %"
+                }
+            }
+        }
+
+        Rectangle {
+            objectName: "loadError"
+            visible: screen.loadError !== "" && !screen.showsProgress
+            anchors.centerIn: parent
+            width: Math.min(parent.width - 2 * Theme.padding, 420)
+            height: errorColumn.implicitHeight + 2 * Theme.padding
+            radius: 12
+            color: "#e6ffffff"
+            Accessible.role: Accessible.AlertMessage
+            Accessible.name: screen.loadError
+            Column {
+                id: errorColumn
+                anchors.centerIn: parent
+                width: parent.width - 2 * Theme.padding
+                spacing: 10
+                Label {
+                    width: parent.width
+                    text: qsTr("The dish could not be loaded.") + "\n" + screen.loadError
+                    wrapMode: Text.Wrap
+                    maximumLineCount: 4
+                    elide: Text.ElideRight
+                    horizontalAlignment: Text.AlignHCenter
+                    color: Theme.primary
+                }
+                Button {
+                    objectName: "retryButton"
+                    text: qsTr("Retry")
+                    anchors.horizontalCenter: parent.horizontalCenter
+                    Accessible.name: text
+                    onClicked: screen.retryLoad()
+                }
+            }
+        }
+
+    }
+
+    PictureItem {
+        id: thumbnail
+        objectName: "thumbnail"
+        width: page.width
+        height: page.height
+        fill: true
+        image: screen.capturedImage
+        visible: opacity > 0
+        opacity: screen.showsThumbnail ? 1 : 0
+        x: screen.previewOffset.width
+        y: screen.previewOffset.height
+        scale: screen.previewScale
+        Behavior on opacity { NumberAnimation { duration: 250 } }
+        Behavior on scale { enabled: screen.previewAnimated; NumberAnimation { duration: 500; easing.type: Easing.InOutQuad } }
+        Behavior on x { enabled: screen.previewAnimated; NumberAnimation { duration: 500; easing.type: Easing.InOutQuad } }
+        Behavior on y { enabled: screen.previewAnimated; NumberAnimation { duration: 500; easing.type: Easing.InOutQuad } }
+        Accessible.role: Accessible.Button
+        Accessible.name: qsTr("Open the photo")
+        TapHandler { onTapped: screen.thumbnailTapped() }
+
+        // The thumbnail's appear action runs when it comes on screen, and again when a new
+        // snapshot replaces the picture it shows.
+        readonly property bool shown: screen.showsThumbnail
+        function appeared() {
+            if (shown) screen.thumbnailAppeared(page.width, page.height)
+        }
+        onShownChanged: appeared()
+        Connections {
+            target: screen
+            function onCapturedImageChanged() { thumbnail.appeared() }
+        }
+    }
+}
