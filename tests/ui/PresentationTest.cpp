@@ -1,5 +1,5 @@
 // Modal presentation, navigation stacks and the scene → window → controller queries.
-#include "EventWait.h"
+#include "support/EventLoopWait.h"
 #include "ShownWindow.h"
 #include "support/LogCapture.h"
 #include "ui/HostingController.h"
@@ -11,7 +11,7 @@
 
 using namespace orvanta;
 using namespace orvanta::ui;
-using orvanta::testing::runEventsUntil;
+using orvanta::testing::EventLoopWait;
 using orvanta::testing::ShownWindow;
 
 namespace {
@@ -46,7 +46,7 @@ TEST(Presentation, PlacesTheViewByStyleAndFollowsResizes) {
         EXPECT_EQ(hosting->window(), shown.window);
         for (QSize size : {QSize(400, 300), QSize(520, 360)}) {
             shown.window->quickWindow()->resize(size);
-            ASSERT_TRUE(runEventsUntil([&] { return shown.window->quickWindow()->contentItem()->size() == size; }));
+            ASSERT_TRUE(EventLoopWait::until([&] { return shown.window->quickWindow()->contentItem()->size() == size; }));
             const QRectF rect = sceneRect(hosted);
             EXPECT_EQ(rect.left(), 0);
             EXPECT_EQ(rect.width(), size.width());
@@ -68,7 +68,7 @@ TEST(Presentation, AnimatedPresentSlidesUpAndCompletesAtTheEnd) {
 
     EXPECT_FALSE(completed);
     EXPECT_GE(sceneRect(presented->view()).top(), 250) << "starts below the window";
-    ASSERT_TRUE(runEventsUntil([&] { return completed; }));
+    ASSERT_TRUE(EventLoopWait::until([&] { return completed; }));
     EXPECT_EQ(sceneRect(presented->view()), QRectF(0, 0, 400, 300));
 }
 
@@ -102,7 +102,7 @@ TEST(Presentation, DismissFromEitherSideRemovesAndDeletesThePresented) {
 
             EXPECT_EQ(shown.root->presentedViewController(), nullptr);
             EXPECT_EQ(completed, !animated);
-            ASSERT_TRUE(runEventsUntil([&] { return completed && !watched; }));
+            ASSERT_TRUE(EventLoopWait::until([&] { return completed && !watched; }));
             EXPECT_FALSE(view) << "the view goes with its controller";
             EXPECT_EQ(shown.window->quickWindow()->contentItem()->childItems(),
                       QList<QQuickItem*>{shown.root->view()});
@@ -140,14 +140,14 @@ TEST(Navigation, PushPopAndTop) {
     EXPECT_EQ(navigation->topViewController(), dish);
     EXPECT_EQ(dish->parentViewController(), navigation);
     EXPECT_EQ(dish->window(), shown.window);
-    ASSERT_TRUE(runEventsUntil([&] { return !menu->view()->isVisible(); })) << "the covered screen hides";
+    ASSERT_TRUE(EventLoopWait::until([&] { return !menu->view()->isVisible(); })) << "the covered screen hides";
     EXPECT_EQ(sceneRect(dish->view()), QRectF(0, 0, 400, 300));
 
     QPointer<ViewController> watched(dish);
     EXPECT_EQ(navigation->popViewController(true), dish);
     EXPECT_EQ(navigation->topViewController(), menu);
     EXPECT_TRUE(menu->view()->isVisible());
-    ASSERT_TRUE(runEventsUntil([&] { return !watched; }));
+    ASSERT_TRUE(EventLoopWait::until([&] { return !watched; }));
 }
 
 TEST(Navigation, AStackedScreenDismissesTheStackItIsIn) {
@@ -161,7 +161,7 @@ TEST(Navigation, AStackedScreenDismissesTheStackItIsIn) {
     EXPECT_EQ(top->presentingViewController(), shown.root);
     top->dismiss(false);
     EXPECT_EQ(shown.root->presentedViewController(), nullptr);
-    ASSERT_TRUE(runEventsUntil([&] { return !watched; }));
+    ASSERT_TRUE(EventLoopWait::until([&] { return !watched; }));
 }
 
 // How a screen finds the controller to present from: the first connected scene, if it shows
@@ -215,7 +215,7 @@ TEST(ConnectedScenes, TheChainFromTheFirstSceneToTheTopController) {
     QPointer<ViewController> watched(screen);
     root->dismiss(false);
     EXPECT_EQ(topController(application), root) << "dismissing takes down the whole chain above";
-    EXPECT_TRUE(runEventsUntil([&] { return !watched; }));
+    EXPECT_TRUE(EventLoopWait::until([&] { return !watched; }));
 }
 
 } // namespace
