@@ -164,58 +164,47 @@ TEST(Navigation, AStackedScreenDismissesTheStackItIsIn) {
     ASSERT_TRUE(EventLoopWait::until([&] { return !watched; }));
 }
 
-// How a screen finds the controller to present from: the first connected scene, if it shows
-// windows its first window, that window's root, up the presentations to the last, and the top
-// of a navigation stack found there.
-ViewController* topController(const Application& application) {
-    if (application.connectedScenes().empty()) return nullptr;
-    auto* scene = qobject_cast<WindowScene*>(application.connectedScenes().front());
-    if (!scene || scene->windows().empty()) return nullptr;
-    ViewController* controller = scene->windows().front()->rootViewController();
-    if (!controller) return nullptr;
-    while (controller->presentedViewController()) controller = controller->presentedViewController();
-    if (auto* navigation = qobject_cast<NavigationController*>(controller)) return navigation->topViewController();
-    return controller;
-}
-
-TEST(ConnectedScenes, TheChainFromTheFirstSceneToTheTopController) {
+// The queries a screen walks to find the controller to present from: connected scenes in
+// order, a window scene's windows in order, a window's root, the presentations up from it,
+// and the top of a navigation stack.
+TEST(ConnectedScenes, EachLinkOfTheChainFromSceneToTopController) {
     Application application;
-    EXPECT_EQ(topController(application), nullptr) << "no scene";
     {
         Scene elsewhere(application);
         WindowScene later(application);
-        new Window(&later);
         EXPECT_EQ(application.connectedScenes(), (std::vector<Scene*>{&elsewhere, &later}));
-        EXPECT_EQ(topController(application), nullptr) << "the first scene shows no windows";
+        EXPECT_EQ(qobject_cast<WindowScene*>(application.connectedScenes().front()), nullptr);
     }
+    EXPECT_TRUE(application.connectedScenes().empty()) << "scenes disconnect when they go";
 
     WindowScene scene(application);
-    EXPECT_EQ(topController(application), nullptr) << "no window";
     auto* window = new Window(&scene);
-    new Window(&scene);
-    EXPECT_EQ(topController(application), nullptr) << "no root";
+    auto* second = new Window(&scene);
+    EXPECT_EQ(scene.windows(), (std::vector<Window*>{window, second}));
+    EXPECT_EQ(window->rootViewController(), nullptr);
 
     auto* root = new ViewController;
     window->setRootViewController(root);
-    EXPECT_EQ(topController(application), root);
     auto* presented = new ViewController;
     root->present(presented, false);
-    EXPECT_EQ(topController(application), presented);
     auto* navigation = new NavigationController(nullptr);
     presented->present(navigation, false);
-    EXPECT_EQ(topController(application), nullptr) << "an empty stack has no top";
+    EXPECT_EQ(window->rootViewController()->presentedViewController()->presentedViewController(), navigation);
+    EXPECT_EQ(navigation->presentedViewController(), nullptr);
+    EXPECT_EQ(navigation->topViewController(), nullptr) << "an empty stack has no top";
     auto* screen = new ViewController;
     navigation->pushViewController(screen, false);
-    EXPECT_EQ(topController(application), screen);
+    EXPECT_EQ(navigation->topViewController(), screen);
     EXPECT_EQ(screen->window(), window);
-
     EXPECT_EQ(ViewController::owning(new QQuickItem(screen->view())), screen);
     EXPECT_EQ(ViewController::owning(window->quickWindow()->contentItem()), nullptr);
 
     QPointer<ViewController> watched(screen);
     root->dismiss(false);
-    EXPECT_EQ(topController(application), root) << "dismissing takes down the whole chain above";
+    EXPECT_EQ(root->presentedViewController(), nullptr) << "dismissing takes down the whole chain above";
     EXPECT_TRUE(EventLoopWait::until([&] { return !watched; }));
+    delete second;
+    EXPECT_EQ(scene.windows(), std::vector<Window*>{window});
 }
 
 } // namespace
