@@ -35,7 +35,7 @@ QQmlEngine& sheetEngine() {
 
 ActivityViewController::ActivityViewController(std::vector<QVariant> activityItems, QObject* parent)
     : ViewController(parent), items_(std::move(activityItems)) {
-    setModalPresentationStyle(ModalPresentationStyle::fullScreen);
+    setModalPresentationStyle(ModalPresentationStyle::overFullScreen);
 }
 
 const std::vector<QVariant>& ActivityViewController::activityItems() const { return items_; }

@@ -23,7 +23,8 @@ class ActivityViewController : public ViewController {
 
 public:
     // Shares the first picture (QImage) among `activityItems`; with none, an empty picture.
-    // Presents full screen: the sheet's own view draws the backdrop and the card. Main thread.
+    // Presents over full screen: the sheet's own view draws the dimmed backdrop and the card.
+    // Main thread.
     explicit ActivityViewController(std::vector<QVariant> activityItems, QObject* parent = nullptr);
 
     // As given. Main thread.

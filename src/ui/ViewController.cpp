@@ -70,20 +70,22 @@ void ViewController::present(ViewController* controller, bool animated, std::fun
 void ViewController::showPresented(bool animated, std::function<void()> completion) {
     ViewController* shown = presented_;
     QQuickItem* content = view()->window()->contentItem();
-    const bool fullScreen = shown->modalPresentationStyle() == ModalPresentationStyle::fullScreen;
-    const qreal top = fullScreen ? 0 : sheetTopInset;
-    const qreal radius = fullScreen ? 0 : sheetCornerRadius;
+    const ModalPresentationStyle style = shown->modalPresentationStyle();
+    const bool covering = style == ModalPresentationStyle::fullScreen || style == ModalPresentationStyle::overFullScreen;
+    const qreal top = covering ? 0 : sheetTopInset;
+    const qreal radius = covering ? 0 : sheetCornerRadius;
 
     QQuickItem* sheet;
-    if (fullScreen) {
+    if (style == ModalPresentationStyle::overFullScreen) {
         sheet = new QQuickItem;
     } else {
-        // Reaches one corner radius below the window, so that only the top corners show
-        // rounded; the view starts below the rounding and ends at the window's bottom.
-        auto* card = new QQuickRectangle;
-        card->setRadius(radius);
-        card->setColor(QGuiApplication::palette().color(QPalette::Window));
-        sheet = card;
+        // A page sheet reaches one corner radius below the window, so that only its top
+        // corners show rounded; the view starts below the rounding and ends at the window's
+        // bottom.
+        auto* background = new QQuickRectangle;
+        background->setRadius(radius);
+        background->setColor(QGuiApplication::palette().color(QPalette::Window));
+        sheet = background;
     }
     sheet->setParent(this);
     // Above the window's root view, also one set later; later sheets stack above earlier ones.

@@ -37,7 +37,8 @@ public:
 
     // Presents `controller` (not presented or placed anywhere yet) over this controller and
     // takes ownership of it. Its view goes over the content of this controller's view's window,
-    // full size for fullScreen, otherwise inset from the top with rounded corners; when
+    // full size for fullScreen (on an opaque background) and overFullScreen (with this
+    // controller showing through), otherwise inset from the top with rounded corners; when
     // `animated` it slides up from the bottom in 0.3 s and `completion` runs when the slide
     // ends, otherwise `completion` runs at once. It takes the keyboard focus. A controller
     // that already presents one refuses with a warning line and changes nothing (`completion`

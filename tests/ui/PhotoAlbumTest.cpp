@@ -1,7 +1,8 @@
 // Pictures written into the user's Pictures folder, and the PNG files behind them.
-#include "EventWait.h"
+#include "support/EventLoopWait.h"
 #include "ui/PhotoAlbum.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -13,7 +14,7 @@
 
 using namespace orvanta;
 using namespace orvanta::ui;
-using orvanta::testing::runEventsUntil;
+using orvanta::testing::EventLoopWait;
 
 namespace {
 
@@ -47,7 +48,7 @@ protected:
             EXPECT_EQ(QThread::currentThread(), qApp->thread());
             outcome = std::move(result);
         });
-        EXPECT_TRUE(runEventsUntil([&] { return outcome.has_value(); }));
+        EXPECT_TRUE(EventLoopWait::until([&] { return outcome.has_value(); }));
         return outcome.value_or(core::Error("test", 0, "no report"));
     }
 

@@ -1,5 +1,5 @@
 // Modal presentation, navigation stacks and the scene → window → controller queries.
-#include "EventWait.h"
+#include "support/EventLoopWait.h"
 #include "ShownWindow.h"
 #include "support/LogCapture.h"
 #include "ui/HostingController.h"
@@ -11,7 +11,7 @@
 
 using namespace orvanta;
 using namespace orvanta::ui;
-using orvanta::testing::runEventsUntil;
+using orvanta::testing::EventLoopWait;
 using orvanta::testing::ShownWindow;
 
 namespace {
@@ -28,8 +28,8 @@ TEST(Presentation, PlacesTheViewByStyleAndFollowsResizes) {
         ModalPresentationStyle style;
         bool fullHeight;
     };
-    for (const Case& c : {Case{ModalPresentationStyle::fullScreen, true}, Case{ModalPresentationStyle::pageSheet, false},
-                          Case{ModalPresentationStyle::automatic, false}}) {
+    for (const Case& c : {Case{ModalPresentationStyle::fullScreen, true}, Case{ModalPresentationStyle::overFullScreen, true},
+                          Case{ModalPresentationStyle::pageSheet, false}, Case{ModalPresentationStyle::automatic, false}}) {
         SCOPED_TRACE(static_cast<int>(c.style));
         ShownWindow shown;
         auto* hosted = new QQuickItem;
@@ -46,7 +46,7 @@ TEST(Presentation, PlacesTheViewByStyleAndFollowsResizes) {
         EXPECT_EQ(hosting->window(), shown.window);
         for (QSize size : {QSize(400, 300), QSize(520, 360)}) {
             shown.window->quickWindow()->resize(size);
-            ASSERT_TRUE(runEventsUntil([&] { return shown.window->quickWindow()->contentItem()->size() == size; }));
+            ASSERT_TRUE(EventLoopWait::until([&] { return shown.window->quickWindow()->contentItem()->size() == size; }));
             const QRectF rect = sceneRect(hosted);
             EXPECT_EQ(rect.left(), 0);
             EXPECT_EQ(rect.width(), size.width());
@@ -68,7 +68,7 @@ TEST(Presentation, AnimatedPresentSlidesUpAndCompletesAtTheEnd) {
 
     EXPECT_FALSE(completed);
     EXPECT_GE(sceneRect(presented->view()).top(), 250) << "starts below the window";
-    ASSERT_TRUE(runEventsUntil([&] { return completed; }));
+    ASSERT_TRUE(EventLoopWait::until([&] { return completed; }));
     EXPECT_EQ(sceneRect(presented->view()), QRectF(0, 0, 400, 300));
 }
 
@@ -102,7 +102,7 @@ TEST(Presentation, DismissFromEitherSideRemovesAndDeletesThePresented) {
 
             EXPECT_EQ(shown.root->presentedViewController(), nullptr);
             EXPECT_EQ(completed, !animated);
-            ASSERT_TRUE(runEventsUntil([&] { return completed && !watched; }));
+            ASSERT_TRUE(EventLoopWait::until([&] { return completed && !watched; }));
             EXPECT_FALSE(view) << "the view goes with its controller";
             EXPECT_EQ(shown.window->quickWindow()->contentItem()->childItems(),
                       QList<QQuickItem*>{shown.root->view()});
@@ -140,14 +140,14 @@ TEST(Navigation, PushPopAndTop) {
     EXPECT_EQ(navigation->topViewController(), dish);
     EXPECT_EQ(dish->parentViewController(), navigation);
     EXPECT_EQ(dish->window(), shown.window);
-    ASSERT_TRUE(runEventsUntil([&] { return !menu->view()->isVisible(); })) << "the covered screen hides";
+    ASSERT_TRUE(EventLoopWait::until([&] { return !menu->view()->isVisible(); })) << "the covered screen hides";
     EXPECT_EQ(sceneRect(dish->view()), QRectF(0, 0, 400, 300));
 
     QPointer<ViewController> watched(dish);
     EXPECT_EQ(navigation->popViewController(true), dish);
     EXPECT_EQ(navigation->topViewController(), menu);
     EXPECT_TRUE(menu->view()->isVisible());
-    ASSERT_TRUE(runEventsUntil([&] { return !watched; }));
+    ASSERT_TRUE(EventLoopWait::until([&] { return !watched; }));
 }
 
 TEST(Navigation, AStackedScreenDismissesTheStackItIsIn) {
@@ -161,61 +161,50 @@ TEST(Navigation, AStackedScreenDismissesTheStackItIsIn) {
     EXPECT_EQ(top->presentingViewController(), shown.root);
     top->dismiss(false);
     EXPECT_EQ(shown.root->presentedViewController(), nullptr);
-    ASSERT_TRUE(runEventsUntil([&] { return !watched; }));
+    ASSERT_TRUE(EventLoopWait::until([&] { return !watched; }));
 }
 
-// How a screen finds the controller to present from: the first connected scene, if it shows
-// windows its first window, that window's root, up the presentations to the last, and the top
-// of a navigation stack found there.
-ViewController* topController(const Application& application) {
-    if (application.connectedScenes().empty()) return nullptr;
-    auto* scene = qobject_cast<WindowScene*>(application.connectedScenes().front());
-    if (!scene || scene->windows().empty()) return nullptr;
-    ViewController* controller = scene->windows().front()->rootViewController();
-    if (!controller) return nullptr;
-    while (controller->presentedViewController()) controller = controller->presentedViewController();
-    if (auto* navigation = qobject_cast<NavigationController*>(controller)) return navigation->topViewController();
-    return controller;
-}
-
-TEST(ConnectedScenes, TheChainFromTheFirstSceneToTheTopController) {
+// The queries a screen walks to find the controller to present from: connected scenes in
+// order, a window scene's windows in order, a window's root, the presentations up from it,
+// and the top of a navigation stack.
+TEST(ConnectedScenes, EachLinkOfTheChainFromSceneToTopController) {
     Application application;
-    EXPECT_EQ(topController(application), nullptr) << "no scene";
     {
         Scene elsewhere(application);
         WindowScene later(application);
-        new Window(&later);
         EXPECT_EQ(application.connectedScenes(), (std::vector<Scene*>{&elsewhere, &later}));
-        EXPECT_EQ(topController(application), nullptr) << "the first scene shows no windows";
+        EXPECT_EQ(qobject_cast<WindowScene*>(application.connectedScenes().front()), nullptr);
     }
+    EXPECT_TRUE(application.connectedScenes().empty()) << "scenes disconnect when they go";
 
     WindowScene scene(application);
-    EXPECT_EQ(topController(application), nullptr) << "no window";
     auto* window = new Window(&scene);
-    new Window(&scene);
-    EXPECT_EQ(topController(application), nullptr) << "no root";
+    auto* second = new Window(&scene);
+    EXPECT_EQ(scene.windows(), (std::vector<Window*>{window, second}));
+    EXPECT_EQ(window->rootViewController(), nullptr);
 
     auto* root = new ViewController;
     window->setRootViewController(root);
-    EXPECT_EQ(topController(application), root);
     auto* presented = new ViewController;
     root->present(presented, false);
-    EXPECT_EQ(topController(application), presented);
     auto* navigation = new NavigationController(nullptr);
     presented->present(navigation, false);
-    EXPECT_EQ(topController(application), nullptr) << "an empty stack has no top";
+    EXPECT_EQ(window->rootViewController()->presentedViewController()->presentedViewController(), navigation);
+    EXPECT_EQ(navigation->presentedViewController(), nullptr);
+    EXPECT_EQ(navigation->topViewController(), nullptr) << "an empty stack has no top";
     auto* screen = new ViewController;
     navigation->pushViewController(screen, false);
-    EXPECT_EQ(topController(application), screen);
+    EXPECT_EQ(navigation->topViewController(), screen);
     EXPECT_EQ(screen->window(), window);
-
     EXPECT_EQ(ViewController::owning(new QQuickItem(screen->view())), screen);
     EXPECT_EQ(ViewController::owning(window->quickWindow()->contentItem()), nullptr);
 
     QPointer<ViewController> watched(screen);
     root->dismiss(false);
-    EXPECT_EQ(topController(application), root) << "dismissing takes down the whole chain above";
-    EXPECT_TRUE(runEventsUntil([&] { return !watched; }));
+    EXPECT_EQ(root->presentedViewController(), nullptr) << "dismissing takes down the whole chain above";
+    EXPECT_TRUE(EventLoopWait::until([&] { return !watched; }));
+    delete second;
+    EXPECT_EQ(scene.windows(), std::vector<Window*>{window});
 }
 
 } // namespace

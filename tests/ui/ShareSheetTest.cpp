@@ -1,5 +1,5 @@
 // The share sheet over a window: its activities, its keyboard use and how it looks.
-#include "EventWait.h"
+#include "support/EventLoopWait.h"
 #include "ShownWindow.h"
 #include "core/TemporaryDirectory.h"
 #include "ui/ActivityViewController.h"
@@ -19,7 +19,7 @@
 
 using namespace orvanta;
 using namespace orvanta::ui;
-using orvanta::testing::runEventsUntil;
+using orvanta::testing::EventLoopWait;
 using orvanta::testing::ShownWindow;
 
 namespace {
@@ -47,7 +47,7 @@ struct SheetOverWindow {
         QCoreApplication::sendEvent(shown.window->quickWindow(), &up);
     }
     bool closed() const {
-        return runEventsUntil([this] { return !watched && !shown.root->presentedViewController(); });
+        return EventLoopWait::until([this] { return !watched && !shown.root->presentedViewController(); });
     }
 
     ShownWindow shown;
@@ -63,7 +63,7 @@ TEST(ShareSheet, SaveAsWritesTheGivenFileAndCloses) {
     over.sheet->saveAs(path, [&](core::Result<QString> result) { outcome = std::move(result); });
 
     EXPECT_TRUE(over.closed());
-    ASSERT_TRUE(runEventsUntil([&] { return outcome.has_value(); }));
+    ASSERT_TRUE(EventLoopWait::until([&] { return outcome.has_value(); }));
     ASSERT_TRUE(outcome->ok()) << outcome->error().description();
     EXPECT_EQ(outcome->value(), path);
     EXPECT_EQ(decoded(QImage(path, "PNG")), snapshot());
@@ -86,7 +86,7 @@ TEST(ShareSheet, OpenWithHandsATemporaryPngToTheDesktop) {
     over.sheet->openWith();
 
     EXPECT_TRUE(over.closed());
-    ASSERT_TRUE(runEventsUntil([&] { return !opener.opened.empty(); }));
+    ASSERT_TRUE(EventLoopWait::until([&] { return !opener.opened.empty(); }));
     const QString path = opener.opened.front().toLocalFile();
     EXPECT_EQ(decoded(QImage(path, "PNG")), snapshot());
     EXPECT_EQ(QFileInfo(path).dir(), QDir(QString::fromStdString(core::TemporaryDirectory::url().value().path())));
@@ -97,7 +97,7 @@ TEST(ShareSheet, KeyboardRunsTheFocusedActivityAndEscapeCancels) {
     QGuiApplication::clipboard()->clear();
     for (bool copy : {false, true}) {
         SheetOverWindow over;
-        ASSERT_TRUE(runEventsUntil([&] { return over.item("copy")->hasActiveFocus(); })) << "Copy has the focus first";
+        ASSERT_TRUE(EventLoopWait::until([&] { return over.item("copy")->hasActiveFocus(); })) << "Copy has the focus first";
         if (!copy) {
             over.press(Qt::Key_Tab);
             over.press(Qt::Key_Return);

@@ -2,7 +2,7 @@
 // A window scene of a test's own application with one shown window whose root controller is
 // a plain controller named "root".
 
-#include "EventWait.h"
+#include "support/EventLoopWait.h"
 #include "ui/Application.h"
 #include "ui/ViewController.h"
 #include "ui/Window.h"
@@ -21,7 +21,7 @@ struct ShownWindow {
         root->setObjectName("root");
         window->setRootViewController(root);
         window->quickWindow()->requestActivate();
-        runEventsUntil([this] { return window->quickWindow()->isExposed(); });
+        EventLoopWait::until([this] { return window->quickWindow()->isExposed(); });
     }
 
     ui::Application application;
