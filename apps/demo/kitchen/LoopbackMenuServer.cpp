@@ -92,10 +92,10 @@ void LoopbackMenuServer::serve(QTcpSocket* socket) {
             socket->readAll();
             return;
         }
-        QByteArray& head = **request;
-        head.append(socket->readAll());
-        if (!head.contains("\r\n\r\n") && head.size() < maxRequestHead) return;
-        const QByteArray line = head.left(head.indexOf("\r\n"));
+        QByteArray& received = **request;
+        received.append(socket->readAll());
+        if (!received.contains("\r\n\r\n") && received.size() < maxRequestHead) return;
+        const QByteArray line = received.left(received.indexOf("\r\n"));
         request->reset();
         respond(socket, line);
     });
