@@ -4,7 +4,7 @@
 #include "SampleRestaurant.h"
 #include "core/Log.h"
 #include "core/TemporaryDirectory.h"
-#include "ui/HostingController.h"
+#include <OrvantaARFoodSDK/HostingController.h>
 
 #include <OrvantaARFoodSDK/RestaurantSDK.h>
 

@@ -7,8 +7,8 @@
 
 #include "LoopbackMenuServer.h"
 #include "core/Result.h"
-#include "ui/Window.h"
-#include "ui/WindowScene.h"
+#include <OrvantaARFoodSDK/Window.h>
+#include <OrvantaARFoodSDK/WindowScene.h>
 
 #include <OrvantaARFoodSDK/Restaurant.h>
 #include <OrvantaARFoodSDK/RestaurantExperienceView.h>

@@ -5,16 +5,13 @@
 
 #include <OrvantaARFoodSDK/Restaurant.h>
 #include <OrvantaARFoodSDK/RestaurantExperienceView.h>
+#include <OrvantaARFoodSDK/ViewController.h>
 
 #include <QString>
 
 #include <memory>
 
 namespace orvanta {
-
-namespace ui {
-class ViewController;
-} // namespace ui
 
 class RestaurantExperience {
 public:

@@ -3,7 +3,7 @@
 #include "core/Log.h"
 #include "entry/ContentViewContainer.h"
 #include "screens/ScreensModule.h"
-#include "ui/ViewController.h"
+#include <OrvantaARFoodSDK/ViewController.h>
 
 #include <QQmlComponent>
 #include <QQmlEngine>

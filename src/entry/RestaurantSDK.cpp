@@ -1,7 +1,7 @@
 #include <OrvantaARFoodSDK/RestaurantSDK.h>
 
-#include "ui/HostingController.h"
-#include "ui/ViewController.h"
+#include <OrvantaARFoodSDK/HostingController.h>
+#include <OrvantaARFoodSDK/ViewController.h>
 
 namespace orvanta {
 

@@ -2,11 +2,11 @@
 
 #include "core/Log.h"
 #include "ui/ActivityViewController.h"
-#include "ui/Application.h"
-#include "ui/NavigationController.h"
+#include <OrvantaARFoodSDK/Application.h>
+#include <OrvantaARFoodSDK/NavigationController.h>
 #include "ui/PhotoAlbum.h"
-#include "ui/Window.h"
-#include "ui/WindowScene.h"
+#include <OrvantaARFoodSDK/Window.h>
+#include <OrvantaARFoodSDK/WindowScene.h>
 
 #include <QVariant>
 

@@ -9,7 +9,7 @@
 // Thread: main thread, every method.
 
 #include "ui/PngFile.h"
-#include "ui/ViewController.h"
+#include <OrvantaARFoodSDK/ViewController.h>
 
 #include <QVariant>
 

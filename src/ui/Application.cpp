@@ -1,6 +1,6 @@
-#include "ui/Application.h"
+#include <OrvantaARFoodSDK/Application.h>
 
-#include "ui/Scene.h"
+#include <OrvantaARFoodSDK/Scene.h>
 
 #include <algorithm>
 

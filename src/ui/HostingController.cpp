@@ -1,4 +1,4 @@
-#include "ui/HostingController.h"
+#include <OrvantaARFoodSDK/HostingController.h>
 
 #include <QQuickItem>
 

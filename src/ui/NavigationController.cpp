@@ -1,4 +1,4 @@
-#include "ui/NavigationController.h"
+#include <OrvantaARFoodSDK/NavigationController.h>
 
 #include "ui/FillParent.h"
 #include "ui/Slide.h"

@@ -1,4 +1,4 @@
-#include "ui/Scene.h"
+#include <OrvantaARFoodSDK/Scene.h>
 
 namespace orvanta::ui {
 

@@ -1,9 +1,9 @@
-#include "ui/ViewController.h"
+#include <OrvantaARFoodSDK/ViewController.h>
 
 #include "core/Log.h"
 #include "ui/FillParent.h"
 #include "ui/Slide.h"
-#include "ui/Window.h"
+#include <OrvantaARFoodSDK/Window.h>
 
 #include <QGuiApplication>
 #include <QPalette>

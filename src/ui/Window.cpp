@@ -1,8 +1,8 @@
-#include "ui/Window.h"
+#include <OrvantaARFoodSDK/Window.h>
 
 #include "ui/FillParent.h"
-#include "ui/ViewController.h"
-#include "ui/WindowScene.h"
+#include <OrvantaARFoodSDK/ViewController.h>
+#include <OrvantaARFoodSDK/WindowScene.h>
 
 #include <QQuickItem>
 #include <QQuickWindow>

@@ -1,6 +1,6 @@
-#include "ui/WindowScene.h"
+#include <OrvantaARFoodSDK/WindowScene.h>
 
-#include "ui/Window.h"
+#include <OrvantaARFoodSDK/Window.h>
 
 #include <algorithm>
 

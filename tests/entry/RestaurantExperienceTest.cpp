@@ -3,9 +3,9 @@
 #include "entry/ContentViewContainer.h"
 #include "render/DrawnFrames.h"
 #include "render/GlSupport.h"
-#include "ui/HostingController.h"
-#include "ui/Window.h"
-#include "ui/WindowScene.h"
+#include <OrvantaARFoodSDK/HostingController.h>
+#include <OrvantaARFoodSDK/Window.h>
+#include <OrvantaARFoodSDK/WindowScene.h>
 
 #include <OrvantaARFoodSDK/OrvantaARParam.h>
 #include <OrvantaARFoodSDK/RestaurantSDK.h>

@@ -2,10 +2,10 @@
 
 #include "screens/ImagePreviewView.h"
 #include "support/LogCapture.h"
-#include "ui/Application.h"
-#include "ui/NavigationController.h"
-#include "ui/Window.h"
-#include "ui/WindowScene.h"
+#include <OrvantaARFoodSDK/Application.h>
+#include <OrvantaARFoodSDK/NavigationController.h>
+#include <OrvantaARFoodSDK/Window.h>
+#include <OrvantaARFoodSDK/WindowScene.h>
 
 #include <QDir>
 #include <QImageReader>

@@ -2,8 +2,8 @@
 #include "support/EventLoopWait.h"
 #include "ShownWindow.h"
 #include "support/LogCapture.h"
-#include "ui/HostingController.h"
-#include "ui/NavigationController.h"
+#include <OrvantaARFoodSDK/HostingController.h>
+#include <OrvantaARFoodSDK/NavigationController.h>
 
 #include <QQuickItem>
 

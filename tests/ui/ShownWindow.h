@@ -3,10 +3,10 @@
 // a plain controller named "root".
 
 #include "support/EventLoopWait.h"
-#include "ui/Application.h"
-#include "ui/ViewController.h"
-#include "ui/Window.h"
-#include "ui/WindowScene.h"
+#include <OrvantaARFoodSDK/Application.h>
+#include <OrvantaARFoodSDK/ViewController.h>
+#include <OrvantaARFoodSDK/Window.h>
+#include <OrvantaARFoodSDK/WindowScene.h>
 
 #include <QQuickWindow>
 

@@ -6,7 +6,7 @@
 // window and its presenter.
 // Thread: main thread, every method.
 
-#include "ui/ViewController.h"
+#include <OrvantaARFoodSDK/ViewController.h>
 
 #include <vector>
 

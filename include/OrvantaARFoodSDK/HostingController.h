@@ -3,7 +3,7 @@
 // over and shows it as its view, sized by wherever the controller is shown.
 // Thread: main thread, every method.
 
-#include "ui/ViewController.h"
+#include <OrvantaARFoodSDK/ViewController.h>
 
 namespace orvanta::ui {
 

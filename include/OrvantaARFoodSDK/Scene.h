@@ -4,7 +4,7 @@
 // (a scene shown elsewhere, such as on an external display); WindowScene does.
 // Thread: main thread, every method.
 
-#include "ui/Application.h"
+#include <OrvantaARFoodSDK/Application.h>
 
 #include <QObject>
 

@@ -2,7 +2,7 @@
 // A scene that shows windows: it holds its windows in the order they were made and owns them.
 // Thread: main thread, every method.
 
-#include "ui/Scene.h"
+#include <OrvantaARFoodSDK/Scene.h>
 
 #include <vector>
 

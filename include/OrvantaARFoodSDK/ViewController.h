@@ -9,7 +9,7 @@
 // its window and its presenter, so a screen deep in a stack can dismiss the whole stack.
 // Thread: main thread, every method.
 
-#include "ui/ModalPresentationStyle.h"
+#include <OrvantaARFoodSDK/ModalPresentationStyle.h>
 
 #include <QObject>
 #include <QPointer>
