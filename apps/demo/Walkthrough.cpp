@@ -1,5 +1,7 @@
 #include "Walkthrough.h"
 
+#include "WindowItems.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QQuickItem>
@@ -12,14 +14,6 @@
 namespace orvanta::demo {
 
 namespace {
-
-QQuickItem* findIn(QQuickItem* root, const QString& name) {
-    for (QQuickItem* child : root->childItems()) {
-        if (child->objectName() == name && child->isVisible()) return child;
-        if (QQuickItem* found = findIn(child, name)) return found;
-    }
-    return nullptr;
-}
 
 // Whether every picture under `root` that is meant to show has loaded.
 bool picturesLoaded(QQuickItem* root) {
@@ -43,7 +37,9 @@ QFileInfoList photos() {
 
 Walkthrough::Walkthrough(QQuickWindow& window, QString outputFolder) : window_(window), folder_(std::move(outputFolder)) {}
 
-QQuickItem* Walkthrough::item(const char* name) const { return findIn(window_.contentItem(), QString::fromLatin1(name)); }
+QQuickItem* Walkthrough::item(const char* name) const {
+    return WindowItems::find(window_.contentItem(), QString::fromLatin1(name));
+}
 
 QObject* Walkthrough::dishScreen() const {
     for (const char* view : {"arView", "threeDViewer"})

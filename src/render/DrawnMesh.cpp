@@ -29,6 +29,10 @@ DrawnMesh::DrawnMesh(RenderResources& resources, QQuick3DNode* parent,
 }
 
 DrawnMesh::~DrawnMesh() {
+    // Textures let go of their pixels first: the pixels may be shared with other meshes and
+    // outlive these textures, and a texture does not stop listening to its pixels when it is
+    // deleted (pixels that change later would reach a deleted texture).
+    for (QQuick3DTexture* texture : model_->findChildren<QQuick3DTexture*>()) texture->setTextureData(nullptr);
     // The model owns its materials; geometry and textures go with the last handle.
     model_->setParentItem(nullptr);
     delete model_;

@@ -1,0 +1,18 @@
+#pragma once
+// Finds the kit's named items in a window, the way the sample app's walkthrough and the
+// benchmarks drive the kit: by the names its layouts give their controls. A view's
+// delegates have no object parent, so the search walks the visual tree.
+// Thread: main thread.
+
+class QQuickItem;
+class QString;
+
+namespace orvanta::demo {
+
+class WindowItems {
+public:
+    // The first visible item named `name` under `root`, or null.
+    static QQuickItem* find(QQuickItem* root, const QString& name);
+};
+
+} // namespace orvanta::demo
