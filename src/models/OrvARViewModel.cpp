@@ -18,7 +18,7 @@ std::function<void(const core::Completion&)> completionHandler(std::weak_ptr<Orv
         core::Log::print("Failed to load model: " + completion.failure->description());
         if (auto self = weak.lock()) {
             self->setLoading(false);
-            const QString description = QString::fromStdString(completion.failure->description());
+            const QString description = QString::fromStdString(completion.failure->localizedDescription());
             QMetaObject::invokeMethod(self.get(), [self, description] { emit self->loadFailed(description); }, Qt::QueuedConnection);
         }
     };

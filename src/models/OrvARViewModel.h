@@ -61,7 +61,7 @@ signals:
     void modelEntityChanged();
     void scnModelChanged();
     void loadingChanged();
-    // Beside the logged line, a failed load tells its error's description here, on the view
+    // Beside the logged line, a failed load tells its error's message here, on the view
     // model's own thread, so a screen can show it.
     void loadFailed(const QString& description);
     // The running download moved on; emitted on the view model's own thread.
