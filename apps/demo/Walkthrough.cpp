@@ -3,7 +3,9 @@
 #include "WindowItems.h"
 
 #include <QDir>
+#include <QClipboard>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QStandardPaths>
@@ -124,10 +126,21 @@ int Walkthrough::run() {
                  click(item("saveButton"));
              },
              [&] { return photos().size() > photosBefore && !QImage(photos().last().filePath()).isNull(); }) &&
-        step("back-in-3d",
+        step("share-sheet",
              [&] {
                  QFile::copy(photos().last().filePath(), QDir(folder_).filePath("saved-photo.png"));
                  captured_.save(QDir(folder_).filePath("captured.png"));
+                 click(item("shareButton"));
+             },
+             [this] { return item("copy") != nullptr; }) &&
+        step("copied-to-clipboard",
+             [this] {
+                 QGuiApplication::clipboard()->clear();
+                 click(item("copy"));
+             },
+             [this] { return item("copy") == nullptr && !QGuiApplication::clipboard()->image().isNull(); }) &&
+        step("back-in-3d",
+             [&] {
                  click(item("doneButton"));
                  QTest::qWaitFor([&] { return depth() == 2; }, stepTimeoutMs);
                  tapScreen();

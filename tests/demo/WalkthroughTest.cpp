@@ -38,14 +38,15 @@ TEST(Walkthrough, EveryStepLeavesAScreenshotOfWhatItShowsAndTheSavedPhotoIsTheCa
     EXPECT_TRUE(run.out.trimmed().endsWith("screenshots: " + QDir(out.path()).absolutePath())) << "names its folder last";
 
     const QStringList steps = {"01-menu", "02-dish-opened", "03-dish-on-the-table", "04-captured", "05-thumbnail",
-                               "06-preview", "07-saved-to-photos", "08-back-in-3d", "09-closed"};
+                               "06-preview", "07-saved-to-photos", "08-share-sheet", "09-copied-to-clipboard",
+                               "10-back-in-3d", "11-closed"};
     for (const QString& step : steps) {
         const QImage shot(QDir(out.path()).filePath(step + ".png"));
         ASSERT_FALSE(shot.isNull()) << step.toStdString();
         EXPECT_GT(pixelsUnlikeTheFirst(shot), shot.width() * shot.height() / 40) << step.toStdString() << " is blank";
         EXPECT_TRUE(run.out.contains(QString("step %1 %2: ").arg(steps.indexOf(step) + 1).arg(step.mid(3))));
     }
-    for (const char* dishStep : {"03-dish-on-the-table", "08-back-in-3d"})
+    for (const char* dishStep : {"03-dish-on-the-table", "10-back-in-3d"})
         EXPECT_GT(tomatoPixels(QImage(QDir(out.path()).filePath(QString(dishStep) + ".png"))), 40) << dishStep;
 
     const QImage captured(QDir(out.path()).filePath("captured.png"));
