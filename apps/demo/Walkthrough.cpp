@@ -132,7 +132,12 @@ int Walkthrough::run() {
                  captured_.save(QDir(folder_).filePath("captured.png"));
                  click(item("shareButton"));
              },
-             [this] { return item("copy") != nullptr; }) &&
+             [this] {
+                 // The sheet has slid all the way up.
+                 QQuickItem* copy = item("copy");
+                 QQuickItem* card = item("card");
+                 return copy && card && card->mapToScene({0, card->height()}).y() <= window_.height() + 0.5;
+             }) &&
         step("copied-to-clipboard",
              [this] {
                  QGuiApplication::clipboard()->clear();
