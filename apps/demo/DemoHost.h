@@ -34,6 +34,8 @@ public:
         QString menuFile;     // a JSON menu instead of the sample restaurant
         bool clearCache = false;
         QSize windowSize{480, 900};
+        // When the program started (ms since the epoch), for the time to the first menu frame.
+        qint64 startedAtMs = 0;
     };
 
     DemoHost();
@@ -50,7 +52,7 @@ public slots:
 private:
     core::Result<Restaurant> sampleRestaurant(const Options& options);
     static core::Result<bool> clearKitCache();
-    void showWindow(const Restaurant& restaurant, QSize size);
+    void showWindow(const Restaurant& restaurant, QSize size, qint64 startedAtMs);
 
     QQuickWindow window_;
     QQmlEngine engine_;

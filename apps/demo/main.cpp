@@ -15,6 +15,7 @@
 #include <cstdio>
 
 int main(int argc, char** argv) {
+    const qint64 startedAtMs = QDateTime::currentMSecsSinceEpoch();
     // Quick 3D 6.4's threaded render loop crashes on Mesa's software renderer when a screen
     // with a 3D view is opened a second time in one window; the basic loop draws the same.
     if (qEnvironmentVariableIsEmpty("QSG_RENDER_LOOP")) qputenv("QSG_RENDER_LOOP", "basic");
@@ -43,6 +44,7 @@ int main(int argc, char** argv) {
     options.clearCache = parser.isSet(clearCache);
     const QStringList dimensions = parser.value(size).split('x');
     options.windowSize = QSize(dimensions.value(0).toInt(), dimensions.value(1).toInt());
+    options.startedAtMs = startedAtMs;
 
     orvanta::demo::DemoHost host;
     if (auto started = host.start(options); !started) {
