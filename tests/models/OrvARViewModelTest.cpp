@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QThread>
 
+#include <algorithm>
 #include <atomic>
 
 using namespace orvanta;
@@ -85,12 +86,38 @@ TEST_F(OrvARViewModelLoads, ATransferFailureEndsLoadingAndObserversHearOfItOnThe
     auto model = OrvARViewModel::make(network_);
     std::vector<QThread*> notified;
     QObject::connect(model.get(), &OrvARViewModel::loadingChanged, [&] { notified.push_back(QThread::currentThread()); });
+    QString failure;
+    QObject::connect(model.get(), &OrvARViewModel::loadFailed, [&](const QString& message) {
+        failure = message;
+        notified.push_back(QThread::currentThread());
+    });
     model->loadModel(server_.url("/cut.glb"));
     ASSERT_TRUE(main_->runUntil([&] {
         QCoreApplication::processEvents();
-        return notified.size() == 2;
+        return notified.size() == 3;
     }));
     EXPECT_FALSE(model->loading());
-    EXPECT_EQ(notified, (std::vector<QThread*>{model->thread(), model->thread()}));
+    EXPECT_EQ(notified, (std::vector<QThread*>(3, model->thread())));
+    EXPECT_FALSE(failure.isEmpty()) << "a screen hears of the failure beside the logged line";
     EXPECT_EQ(model->modelEntity(), nullptr);
+}
+
+TEST_F(OrvARViewModelLoads, ADownloadReportsBytesReceivedOfTheDeclaredLengthOnTheViewModelsThread) {
+    serveModel("/tea.glb");
+    auto model = OrvARViewModel::make(network_);
+    std::vector<qint64> received;
+    QObject::connect(model.get(), &OrvARViewModel::downloadProgressChanged, [&] {
+        EXPECT_EQ(QThread::currentThread(), model->thread());
+        received.push_back(model->downloadProgress().received);
+    });
+    model->loadScnModel(server_.url("/tea.glb"));
+    ASSERT_TRUE(main_->runUntil([&] {
+        QCoreApplication::processEvents();
+        return model->scnModel() != nullptr;
+    }));
+    const qint64 size = TestModels::glbWithNodes(3).size();
+    EXPECT_EQ(model->downloadProgress().received, size);
+    EXPECT_EQ(model->downloadProgress().expected, size);
+    ASSERT_FALSE(received.empty());
+    EXPECT_TRUE(std::is_sorted(received.begin(), received.end()));
 }
