@@ -163,7 +163,16 @@ int Walkthrough::run() {
                  QTest::qWaitFor([this] { return item("closeButton") != nullptr; }, stepTimeoutMs);
                  click(item("closeButton"));
              },
-             [&] { return depth() == 1; });
+             [&] { return depth() == 1; }) &&
+        step("full-screen", [this] { click(item("openFullScreen")); },
+             [this] {
+                 // A second menu, presented over the whole window, has slid all the way up.
+                 const QList<QQuickItem*> stacks = WindowItems::findAll(window_.contentItem(), "navigationStack");
+                 return stacks.size() == 2 && stacks.last()->mapToScene({0, 0}).y() <= 0.5;
+             }) &&
+        step("full-screen-closed",
+             [this] { click(WindowItems::findAll(window_.contentItem(), "backButton").last()); },
+             [this] { return WindowItems::findAll(window_.contentItem(), "menuGrid").size() == 1; });
 
     std::printf("walkthrough %s in %.2f s, of which scripted waits 5.50 s (the dish screen's 5 s first-load "
                 "check and the thumbnail's 0.5 s animation)\n",

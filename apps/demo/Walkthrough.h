@@ -2,7 +2,8 @@
 // The road of one dish, driven through real input events on the host's window: the menu, a
 // tap on a dish, AR mode until the dish stands on the simulated table, a capture, its
 // thumbnail, the preview, Save to Photos, the share sheet and its copy to the clipboard, back
-// to 3D mode, and closing the dish. Each step
+// to 3D mode, closing the dish, and the host's other way in: the kit presented full screen
+// and closed by its back arrow. Each step
 // waits (at most 20 s) for the state it must reach, then writes a numbered screenshot into
 // the output folder and prints one line with its time. The saved photo is copied beside the
 // screenshots.

@@ -39,7 +39,7 @@ TEST(Walkthrough, EveryStepLeavesAScreenshotOfWhatItShowsAndTheSavedPhotoIsTheCa
 
     const QStringList steps = {"01-menu", "02-dish-opened", "03-dish-on-the-table", "04-captured", "05-thumbnail",
                                "06-preview", "07-saved-to-photos", "08-share-sheet", "09-copied-to-clipboard",
-                               "10-back-in-3d", "11-closed"};
+                               "10-back-in-3d", "11-closed", "12-full-screen", "13-full-screen-closed"};
     for (const QString& step : steps) {
         const QImage shot(QDir(out.path()).filePath(step + ".png"));
         ASSERT_FALSE(shot.isNull()) << step.toStdString();

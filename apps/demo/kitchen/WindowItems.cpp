@@ -4,12 +4,29 @@
 
 namespace orvanta::demo {
 
-QQuickItem* WindowItems::find(QQuickItem* root, const QString& name) {
+namespace {
+
+// Appends the visible items named `name` under `root` to `found`; stops after the first when `one`.
+void collect(QQuickItem* root, const QString& name, bool one, QList<QQuickItem*>& found) {
     for (QQuickItem* child : root->childItems()) {
-        if (child->objectName() == name && child->isVisible()) return child;
-        if (QQuickItem* found = find(child, name)) return found;
+        if (one && !found.isEmpty()) return;
+        if (child->objectName() == name && child->isVisible()) found.append(child);
+        collect(child, name, one, found);
     }
-    return nullptr;
+}
+
+} // namespace
+
+QQuickItem* WindowItems::find(QQuickItem* root, const QString& name) {
+    QList<QQuickItem*> found;
+    collect(root, name, true, found);
+    return found.isEmpty() ? nullptr : found.front();
+}
+
+QList<QQuickItem*> WindowItems::findAll(QQuickItem* root, const QString& name) {
+    QList<QQuickItem*> found;
+    collect(root, name, false, found);
+    return found;
 }
 
 } // namespace orvanta::demo

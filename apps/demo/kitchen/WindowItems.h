@@ -4,6 +4,8 @@
 // delegates have no object parent, so the search walks the visual tree.
 // Thread: main thread.
 
+#include <QList>
+
 class QQuickItem;
 class QString;
 
@@ -13,6 +15,8 @@ class WindowItems {
 public:
     // The first visible item named `name` under `root`, or null.
     static QQuickItem* find(QQuickItem* root, const QString& name);
+    // Every visible item named `name` under `root`, in the tree's order (what is drawn last, last).
+    static QList<QQuickItem*> findAll(QQuickItem* root, const QString& name);
 };
 
 } // namespace orvanta::demo
