@@ -16,9 +16,6 @@
 
 int main(int argc, char** argv) {
     const qint64 startedAtMs = QDateTime::currentMSecsSinceEpoch();
-    // Quick 3D 6.4's threaded render loop crashes on Mesa's software renderer when a screen
-    // with a 3D view is opened a second time in one window; the basic loop draws the same.
-    if (qEnvironmentVariableIsEmpty("QSG_RENDER_LOOP")) qputenv("QSG_RENDER_LOOP", "basic");
     QGuiApplication app(argc, argv);
     QSurfaceFormat::setDefaultFormat(QQuick3D::idealSurfaceFormat());
     QGuiApplication::setApplicationName("orvanta-demo");

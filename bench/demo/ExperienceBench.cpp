@@ -73,7 +73,6 @@ double menuFirstFrame(QQuickWindow& window, const Restaurant& restaurant) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (qEnvironmentVariableIsEmpty("QSG_RENDER_LOOP")) qputenv("QSG_RENDER_LOOP", "basic");
     QGuiApplication app(argc, argv);
     QSurfaceFormat::setDefaultFormat(QQuick3D::idealSurfaceFormat());
     auto folder = demo::SampleRestaurant::prepare(QStandardPaths::writableLocation(QStandardPaths::CacheLocation));

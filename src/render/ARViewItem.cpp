@@ -43,6 +43,12 @@ ARViewItem::ARViewItem(QQuickItem* parent)
 
 ARViewItem::~ARViewItem() {
     frames_.cancel();
+    // The view leaves the window now and is deleted on a later turn of the event loop, after
+    // the window has taken it out of its scene graph: deleting a 3D view while the window
+    // renders it on its own thread can crash that thread.
+    viewport_->setParentItem(nullptr);
+    viewport_->setParent(nullptr);
+    viewport_->deleteLater();
     // A view that outlives this item takes no snapshots of it.
     if (view_) view_->setSnapshotRenderer(nullptr);
     // Nodes and resources go before the scene they live in.

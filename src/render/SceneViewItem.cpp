@@ -40,6 +40,12 @@ SceneViewItem::SceneViewItem(QQuickItem* parent)
 
 SceneViewItem::~SceneViewItem() {
     if (view_) view_->setDisplayHandler(nullptr);
+    // The view leaves the window now and is deleted on a later turn of the event loop, after
+    // the window has taken it out of its scene graph: deleting a 3D view while the window
+    // renders it on its own thread can crash that thread.
+    viewport_->setParentItem(nullptr);
+    viewport_->setParent(nullptr);
+    viewport_->deleteLater();
     bridge_.reset();
     resources_.reset();
 }

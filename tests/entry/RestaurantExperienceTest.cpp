@@ -30,6 +30,8 @@ protected:
         if (!render::GlSupport::canCreateContext()) GTEST_SKIP() << render::GlSupport::unavailableReason();
         window_.resize(400, 760);
     }
+    // The view goes while it is shown, then the window, as when a host closes both at once.
+    void TearDown() override { view_.reset(); }
 
     void show(QQuickItem& item) {
         item.setParentItem(window_.contentItem());
@@ -56,13 +58,14 @@ protected:
     }
 
     QQuickWindow window_;
+    std::unique_ptr<RestaurantExperienceView> view_;
 };
 
 TEST_F(RestaurantExperienceTest, TheMenuFillsOnAppearanceAndCarriesTheClientIdUnread) {
     EXPECT_EQ(&RestaurantSDK::shared(), &RestaurantSDK::shared());
     const Restaurant restaurant = fourDishes();
     const OrvantaARParam param("client-7", restaurant);
-    auto view = RestaurantSDK::shared().makeRestaurantView(param.restaurant(), param.clientId());
+    auto& view = view_ = RestaurantSDK::shared().makeRestaurantView(param.restaurant(), param.clientId());
     auto* container = qobject_cast<ContentViewContainer*>(view->container());
     ASSERT_NE(container, nullptr);
     EXPECT_EQ(view->clientId(), "client-7");
@@ -77,7 +80,7 @@ TEST_F(RestaurantExperienceTest, TheMenuFillsOnAppearanceAndCarriesTheClientIdUn
 }
 
 TEST_F(RestaurantExperienceTest, AClickOpensTheDishAndEscapeComesBackToTheMenu) {
-    auto view = RestaurantSDK::shared().makeRestaurantView(fourDishes(), "client");
+    auto& view = view_ = RestaurantSDK::shared().makeRestaurantView(fourDishes(), "client");
     auto* container = qobject_cast<ContentViewContainer*>(view->container());
     show(*view);
     auto* stack = find(*view, "navigationStack");

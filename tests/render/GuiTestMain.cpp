@@ -8,9 +8,6 @@
 #include <gtest/gtest.h>
 
 int main(int argc, char** argv) {
-    // Quick 3D 6.4's threaded render loop crashes on Mesa's software renderer when a screen
-    // with a 3D view is opened a second time in one window; the basic loop draws the same.
-    if (qEnvironmentVariableIsEmpty("QSG_RENDER_LOOP")) qputenv("QSG_RENDER_LOOP", "basic");
     QGuiApplication app(argc, argv);
     QSurfaceFormat::setDefaultFormat(QQuick3D::idealSurfaceFormat());
     testing::InitGoogleTest(&argc, argv);
