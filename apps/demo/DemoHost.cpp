@@ -104,11 +104,14 @@ void DemoHost::showWindow(const Restaurant& restaurant, QSize size, qint64 start
     });
 
     // Times the way from the program's start to the first frame that draws the menu.
+    // Frames are told from the render thread; several may be queued before the first is heard.
     auto once = std::make_shared<QMetaObject::Connection>();
     *once = QObject::connect(&window_, &QQuickWindow::frameSwapped, &window_, [startedAtMs, once] {
+        if (!*once) return;
         std::printf("First menu frame %lld ms after the program started\n",
                     static_cast<long long>(QDateTime::currentMSecsSinceEpoch() - startedAtMs));
         QObject::disconnect(*once);
+        *once = {};
     });
     window_.show();
 }
