@@ -70,8 +70,6 @@ public:
     enum class Mode { ThreeD, AR };
     Q_ENUM(Mode)
 
-    // The text over the camera picture until the first model loads.
-    static constexpr const char* instructionText = "Aim at Your Table / Flat Surface";
     // Seconds from appearing to the one check that may load the model.
     static constexpr double firstLoadDelay = 5.0;
     // Seconds between the timer's hides of the mode control.

@@ -21,8 +21,6 @@ class FoodList : public QObject {
     Q_PROPERTY(orvanta::FoodCardsModel* cards READ cards CONSTANT)
 
 public:
-    static constexpr const char* title = "Our Menu";
-
     explicit FoodList(QObject* parent = nullptr);
 
     FoodViewModel* viewModel() const { return viewModel_; }
