@@ -5,6 +5,7 @@
 
 #include <QGuiApplication>
 #include <QQuick3D>
+#include <QTimer>
 #include <gtest/gtest.h>
 
 int main(int argc, char** argv) {
@@ -14,6 +15,11 @@ int main(int argc, char** argv) {
     orvanta::core::Dispatch::setMain(std::make_shared<orvanta::core::EventLoopScheduler>(&app));
     orvanta::core::Dispatch::setBackground(orvanta::core::EventLoopScheduler::withWorkerThread("background"));
     const int result = RUN_ALL_TESTS();
+    // One pass through the event loop before the application goes: what the tests left for
+    // later deletion (views taken out of their windows, the kit's QML engine on quitting) goes
+    // while Qt still runs events.
+    QTimer::singleShot(0, &app, &QCoreApplication::quit);
+    app.exec();
     orvanta::core::Dispatch::setBackground(nullptr);
     orvanta::core::Dispatch::setMain(nullptr);
     return result;
