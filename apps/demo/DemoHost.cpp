@@ -40,12 +40,9 @@ DemoHost::~DemoHost() {
 }
 
 core::Result<bool> DemoHost::clearKitCache() {
-    const auto directory = core::TemporaryDirectory::url();
-    if (!directory) return directory.error();
-    QDir cache(QString::fromStdString(directory.value().path()));
-    for (const QString& name : cache.entryList(QDir::Files | QDir::Hidden))
-        if (!cache.remove(name)) return demoError("could not remove " + cache.filePath(name));
-    std::printf("Emptied the kit's cache: %s\n", qPrintable(cache.path()));
+    const auto removed = core::TemporaryDirectory::clear();
+    if (!removed) return removed.error();
+    std::printf("Emptied the kit's cache: %s (%d entries)\n", core::TemporaryDirectory::url()->path().c_str(), removed.value());
     return true;
 }
 

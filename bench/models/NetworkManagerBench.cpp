@@ -41,7 +41,7 @@ public:
 void BM_CacheHit(benchmark::State& state) {
     QTemporaryDir dir;
     setenv("TMPDIR", dir.path().toLocal8Bit().constData(), 1);
-    QFile file(dir.filePath("dish.usdz"));
+    QFile file(QDir(QString::fromStdString(core::TemporaryDirectory::url().value().path())).filePath("dish.usdz"));
     file.open(QIODevice::WriteOnly);
     file.write("cached");
     file.close();

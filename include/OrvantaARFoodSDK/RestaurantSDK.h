@@ -20,6 +20,13 @@ public:
     std::unique_ptr<RestaurantView> makeRestaurantView(const Restaurant& restaurant, const QString& clientId) override;
     void startRestaurantExperience(const Restaurant& restaurant, const QString& clientId, ui::ViewController* in) override;
 
+    // Empties the kit's model cache: the kit's own folder inside the temporary directory
+    // ($TMPDIR when set, else /tmp), "OrvantaARFoodSDK-<uid>". Nothing outside that folder is
+    // touched. Models are cached by their link's file name and never refreshed, so a host
+    // that replaced a model under the same name clears the cache to show the new one.
+    // Returns false, with the reason in `whyNot` when given, if the folder could not be emptied.
+    static bool clearModelCache(QString* whyNot = nullptr);
+
 private:
     RestaurantSDK() = default;
 };

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -40,8 +41,29 @@ Result<Url> namedByEnvironment(const std::string& path) {
 
 Result<Url> TemporaryDirectory::url() {
     const char* named = std::getenv("TMPDIR");
-    if (named && *named) return namedByEnvironment(named);
+    if (named && *named) {
+        const auto shared = namedByEnvironment(named);
+        if (!shared) return shared;
+        return privateDirectoryUnder(named);
+    }
     return privateDirectoryUnder(P_tmpdir);
+}
+
+Result<int> TemporaryDirectory::clear() {
+    const auto folder = url();
+    if (!folder) return folder.error();
+    namespace fs = std::filesystem;
+    std::error_code error;
+    int removed = 0;
+    for (fs::directory_iterator entry(folder->path(), error), end; !error && entry != end; entry.increment(error)) {
+        // remove_all takes a link itself away, not what it points at.
+        fs::remove_all(entry->path(), error);
+        if (error)
+            return refused(error.value(), "Could not remove " + entry->path().string() + ": " + error.message());
+        ++removed;
+    }
+    if (error) return refused(error.value(), "Could not list " + folder->path() + ": " + error.message());
+    return removed;
 }
 
 Result<Url> TemporaryDirectory::privateDirectoryUnder(const std::string& shared) {

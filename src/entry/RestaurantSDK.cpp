@@ -3,6 +3,8 @@
 #include <OrvantaARFoodSDK/HostingController.h>
 #include <OrvantaARFoodSDK/ViewController.h>
 
+#include "core/TemporaryDirectory.h"
+
 namespace orvanta {
 
 RestaurantSDK& RestaurantSDK::shared() {
@@ -20,6 +22,12 @@ void RestaurantSDK::startRestaurantExperience(const Restaurant& restaurant, cons
     hosting->setModalPresentationStyle(ui::ModalPresentationStyle::fullScreen);
     // The presenter owns what it presents; the kit keeps no reference.
     in->present(hosting.release(), true);
+}
+
+bool RestaurantSDK::clearModelCache(QString* whyNot) {
+    const auto removed = core::TemporaryDirectory::clear();
+    if (!removed && whyNot) *whyNot = QString::fromStdString(removed.error().localizedDescription());
+    return removed.ok();
 }
 
 } // namespace orvanta

@@ -47,15 +47,18 @@ void expectRefused(const Result<Url>& result, const std::string& messagePart) {
 
 } // namespace
 
-TEST(TemporaryDirectory, TmpdirIsUsedWhenItIsAUsableDirectoryAndIsAnErrorOtherwise) {
+TEST(TemporaryDirectory, WithTmpdirTheKitKeepsAPrivateFolderInsideItAndAnUnusableOneIsAnError) {
     QTemporaryDir dir;
     const std::string base = dir.path().toStdString();
     QFile(dir.filePath("plain")).open(QIODevice::WriteOnly);
     {
         TmpdirOverride tmpdir(base);
         const auto url = TemporaryDirectory::url();
-        ASSERT_TRUE(url);
-        EXPECT_EQ(url->path(), base);
+        ASSERT_TRUE(url) << url.error().localizedDescription();
+        EXPECT_EQ(url->path(), base + "/" + kitDirectoryName());
+        struct stat info {};
+        ASSERT_EQ(::lstat(url->path().c_str(), &info), 0);
+        EXPECT_EQ(info.st_mode & 0777, 0700u);
     }
     const struct {
         std::string value;
@@ -67,6 +70,38 @@ TEST(TemporaryDirectory, TmpdirIsUsedWhenItIsAUsableDirectoryAndIsAnErrorOtherwi
         TmpdirOverride tmpdir(c.value);
         expectRefused(TemporaryDirectory::url(), c.message);
     }
+}
+
+TEST(TemporaryDirectory, ClearingEmptiesTheKitsFolderAndLeavesEverythingBesideIt) {
+    QTemporaryDir shared, elsewhere;
+    TmpdirOverride tmpdir(shared.path().toStdString());
+    const auto write = [](const QString& path) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
+        file.write("someone's");
+    };
+    // Other people's files in the shared temporary directory, and one the kit's folder links to.
+    write(shared.filePath("notes.txt"));
+    write(shared.filePath(".hidden"));
+    ASSERT_TRUE(QDir(shared.path()).mkdir("project"));
+    write(shared.filePath("project/draft.glb"));
+    write(elsewhere.filePath("target.usdz"));
+
+    const QDir kit(QString::fromStdString(TemporaryDirectory::url().value().path()));
+    write(kit.filePath("dish.usdz"));
+    write(kit.filePath(".dish.usdz.part"));
+    ASSERT_TRUE(kit.mkdir("pictures"));
+    write(kit.filePath("pictures/Shared picture.png"));
+    ASSERT_TRUE(QFile::link(elsewhere.filePath("target.usdz"), kit.filePath("linked.usdz")));
+
+    const auto removed = TemporaryDirectory::clear();
+    ASSERT_TRUE(removed) << removed.error().localizedDescription();
+    EXPECT_EQ(removed.value(), 4);
+    EXPECT_TRUE(kit.exists());
+    EXPECT_TRUE(kit.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot).isEmpty());
+    for (const char* kept : {"notes.txt", ".hidden", "project/draft.glb"})
+        EXPECT_TRUE(QFileInfo::exists(shared.filePath(kept))) << kept;
+    EXPECT_TRUE(QFileInfo::exists(elsewhere.filePath("target.usdz")));
 }
 
 TEST(TemporaryDirectory, WithoutTmpdirTheKitKeepsAPrivateDirectoryInTheSharedFolder) {

@@ -4,6 +4,7 @@
 
 #include "core/Dispatch.h"
 #include "core/ManualScheduler.h"
+#include "core/TemporaryDirectory.h"
 #include "models/NetworkManager.h"
 #include "support/LogCapture.h"
 #include "support/TestHttpServer.h"
@@ -46,6 +47,7 @@ protected:
         savedTmpdir_ = old ? std::optional<std::string>(old) : std::nullopt;
         setenv("TMPDIR", cacheDir_.path().toLocal8Bit().constData(), 1);
         core::Dispatch::setMain(main_);
+        cacheFolder_ = QString::fromStdString(core::TemporaryDirectory::url().value().path());
     }
     void TearDown() override {
         if (savedTmpdir_) setenv("TMPDIR", savedTmpdir_->c_str(), 1);
@@ -53,10 +55,10 @@ protected:
     }
 
     std::string cachePath(const std::string& name) const {
-        return QDir(cacheDir_.path()).filePath(QString::fromStdString(name)).toStdString();
+        return QDir(cacheFolder_).filePath(QString::fromStdString(name)).toStdString();
     }
     // Every file in the cache directory, hidden ones (unfinished downloads) included.
-    QStringList cacheFiles() const { return QDir(cacheDir_.path()).entryList(QDir::Files | QDir::Hidden); }
+    QStringList cacheFiles() const { return QDir(cacheFolder_).entryList(QDir::Files | QDir::Hidden); }
     void serveModel(const std::string& path, int nodeCount = 3) {
         Route route;
         route.body = TestModels::glbWithNodes(nodeCount);
@@ -72,7 +74,8 @@ protected:
         return outcome;
     }
 
-    QTemporaryDir cacheDir_;
+    QTemporaryDir cacheDir_;  // what TMPDIR names
+    QString cacheFolder_;     // the kit's folder inside it
     std::optional<std::string> savedTmpdir_;
     std::shared_ptr<core::ManualScheduler> main_ = std::make_shared<core::ManualScheduler>();
     TestHttpServer server_;
