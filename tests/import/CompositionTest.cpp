@@ -134,5 +134,44 @@ def PointInstancer "Garnish" {
     EXPECT_EQ(scene.nodes[std::size_t(garnish->children[2])].localTransform.map(QVector3D(1, 0, 0)), QVector3D(5, 0, 0));
 }
 
+TEST(CompositionTest, InstancingThatLeadsBackToItselfOrNestsTooDeepIsRefused) {
+    const auto instancer = [](const std::string& name, const std::string& prototype, const std::string& body = "") {
+        return "def PointInstancer \"" + name + "\" {\n rel prototypes = [<" + prototype +
+               ">]\n int[] protoIndices = [0, 0]\n" + body + "}\n";
+    };
+    std::string chain = "#usda 1.0\n";  // Level0 instances Level1, ..., Level39 instances a mesh
+    for (int i = 0; i < 40; ++i) chain += instancer("Level" + std::to_string(i), "/Level" + std::to_string(i + 1));
+    chain += std::string("def Mesh \"Level40\" {") + triangle + "}\n";
+    const struct {
+        const char* what;
+        std::string layer;
+        ImportErrorCode code;
+        const char* message;
+    } cases[] = {
+        {"itself", "#usda 1.0\n" + instancer("Loop", "/Loop"), ImportErrorCode::malformedData,
+         "instancing cycle: the point instancer /Loop has /Loop as a prototype"},
+        {"the prim it lies in", "#usda 1.0\ndef Xform \"Plate\" {\n" + instancer("Seeds", "/Plate") + "}\n",
+         ImportErrorCode::malformedData, "the point instancer /Plate/Seeds has /Plate as a prototype"},
+        {"another instancer", "#usda 1.0\n" + instancer("A", "/B") + instancer("B", "/A"), ImportErrorCode::malformedData,
+         "instancing cycle"},
+        {"a chain forty deep", chain, ImportErrorCode::limitExceeded, "point instancers nested more than 32 deep"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        exporter::ZipWriter zip;
+        zip.add("root.usda", c.layer);
+        auto bytes = std::make_shared<std::vector<std::uint8_t>>(zip.build());
+        const auto result = UsdImporter::importBytes(*bytes, bytes, "test.usdz");
+        ASSERT_FALSE(result.ok());
+        EXPECT_EQ(result.error().code(), static_cast<int>(c.code));
+        EXPECT_NE(result.error().localizedDescription().find(c.message), std::string::npos)
+            << result.error().localizedDescription();
+    }
+    // Two instancers sharing one prototype, side by side, are no cycle.
+    const ImportedScene shared = importPackage({{"root.usda", "#usda 1.0\n" + instancer("A", "/Seed") + instancer("B", "/Seed") +
+                                                                  "def Mesh \"Seed\" {" + triangle + "}\n"}});
+    EXPECT_EQ(shared.meshes.size(), 1u);
+}
+
 } // namespace
 } // namespace orvanta::import::usd

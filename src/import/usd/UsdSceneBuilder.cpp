@@ -1,5 +1,6 @@
 #include "import/usd/UsdSceneBuilder.h"
 
+#include "import/usd/CrateFormatError.h"
 #include "import/usd/UsdMaterialReader.h"
 #include "import/usd/UsdSceneMesh.h"
 #include "import/usd/UsdStageValue.h"
@@ -17,6 +18,8 @@ namespace orvanta::import::usd {
 namespace {
 
 constexpr double defaultMetersPerUnit = 0.01;
+// Point instancers whose prototypes hold further point instancers, this many deep at most.
+constexpr int maxInstancerDepth = 32;
 
 bool isNodeType(const std::string& type) {
     return type.empty() || type == "Xform" || type == "Scope" || type == "SkelRoot" || type == "Mesh" || type == "PointInstancer";
@@ -55,7 +58,7 @@ QMatrix4x4 stageToYUpMetres(const Layer& root) {
 
 class Builder {
 public:
-    explicit Builder(UsdStage& stage) : stage_(stage), materials_(stage, scene_) {}
+    explicit Builder(UsdStage& stage) : stage_(stage), materials_(stage, scene_), onPath_(stage.prims().size(), false) {}
 
     ImportedScene run() {
         ImportedNode root;
@@ -81,6 +84,7 @@ private:
         if (!p.typeName.empty() && p.typeName != "Scope") node.localTransform = UsdXformOps::localTransform(p);
         scene_.nodes.push_back(std::move(node));
         scene_.nodes[static_cast<std::size_t>(parentNode)].children.push_back(nodeIndex);
+        const PathMark mark(onPath_, primIndex);
         if (p.typeName == "PointInstancer") {
             addPointInstances(p, nodeIndex);
             return;
@@ -158,11 +162,42 @@ private:
             if (built[proto] >= 0) {
                 copyNodes(built[proto], instance);
             } else {
-                visit(static_cast<int>(prototype - stage_.prims().data()), instance);
+                buildPrototype(p, static_cast<int>(prototype - stage_.prims().data()), instance);
                 built[proto] = instance;
             }
         }
     }
+
+    // Builds the prototype prim `primIndex` of instancer `instancer` under node `instance`.
+    // A prototype that is being built already (the instancer itself, one of the prims it lies
+    // in, or an instancer that leads back to it) would hold itself for ever: that is refused.
+    void buildPrototype(const UsdStage::Prim& instancer, int primIndex, int instance) {
+        if (onPath_[static_cast<std::size_t>(primIndex)])
+            throw CrateFormatError("instancing cycle: the point instancer " + instancer.path + " has " +
+                                   prim(primIndex).path + " as a prototype, which holds the instancer itself");
+        if (instancerDepth_ >= maxInstancerDepth)
+            throw CrateFormatError("point instancers nested more than " + std::to_string(maxInstancerDepth) + " deep at " +
+                                       instancer.path,
+                                   ImportErrorCode::limitExceeded);
+        ++instancerDepth_;
+        visit(primIndex, instance);
+        --instancerDepth_;
+    }
+
+    // Marks a prim as being built for as long as this object lives.
+    class PathMark {
+    public:
+        PathMark(std::vector<bool>& onPath, int primIndex) : onPath_(onPath), index_(static_cast<std::size_t>(primIndex)) {
+            onPath_[index_] = true;
+        }
+        ~PathMark() { onPath_[index_] = false; }
+        PathMark(const PathMark&) = delete;
+        PathMark& operator=(const PathMark&) = delete;
+
+    private:
+        std::vector<bool>& onPath_;
+        std::size_t index_;
+    };
 
     // The material a binding on `p` itself names: nullopt when it has no binding.
     std::optional<int> directBinding(const UsdStage::Prim& p) {
@@ -231,6 +266,8 @@ private:
     ImportedScene scene_;
     UsdMaterialReader materials_;
     std::unordered_map<std::string, int> instances_;  // prototype key -> the node built for it
+    std::vector<bool> onPath_;                         // per prim: being built right now
+    int instancerDepth_ = 0;                           // prototypes being built inside prototypes
 };
 
 } // namespace
