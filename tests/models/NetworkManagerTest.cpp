@@ -206,7 +206,7 @@ TEST_F(NetworkManagerTransfer, HostileFileNamesNeverReachTheFileSystem) {
     }
     EXPECT_EQ(server_.requestCount(), 0);
     EXPECT_TRUE(cacheFiles().isEmpty());
-    EXPECT_TRUE(QDir(cacheDir_.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).isEmpty());
+    EXPECT_TRUE(QDir(cacheFolder_).entryList(QDir::Dirs | QDir::NoDotAndDotDot).isEmpty());
 
     // A name longer than the file system allows is fetched, then refused by the disk, which
     // says why; nothing stays behind.
