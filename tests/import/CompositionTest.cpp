@@ -2,6 +2,7 @@
 // inherits and specializes against local and referenced opinions, native instancing and
 // point instancers.
 #include "export/ZipWriter.h"
+#include "import/ImportError.h"
 #include "import/usd/UsdImporter.h"
 
 #include <gtest/gtest.h>
