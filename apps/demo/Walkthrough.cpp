@@ -82,6 +82,17 @@ void Walkthrough::tapScreen() {
     QTest::mouseClick(&window_, Qt::LeftButton, {}, QPoint(window_.width() / 2, window_.height() / 3));
 }
 
+void Walkthrough::waitForFrames(int count) {
+    int drawn = 0;
+    const QMetaObject::Connection counting =
+        QObject::connect(&window_, &QQuickWindow::frameSwapped, &window_, [&drawn] { ++drawn; });
+    for (int frame = 1; frame <= count; ++frame) {
+        window_.update();
+        QTest::qWaitFor([&] { return drawn >= frame; }, 1000);
+    }
+    QObject::disconnect(counting);
+}
+
 QString Walkthrough::saveScreenshot(const QString& name) {
     const QString path = QDir(folder_).filePath(QString("%1-%2.png").arg(number_, 2, 10, QChar('0')).arg(name));
     window_.grabWindow().save(path);
@@ -94,13 +105,18 @@ bool Walkthrough::step(const QString& name, const std::function<void()>& act, co
     QElapsedTimer timer;
     timer.start();
     act();
-    if (!QTest::qWaitFor(reached, stepTimeoutMs)) {
+    // The state must still hold once two more frames are drawn: what it needs on screen may
+    // start only when the next frame syncs it (a viewer asks for its textures then).
+    const auto settled = [&] {
+        if (!reached()) return false;
+        waitForFrames(2);
+        return reached();
+    };
+    if (!QTest::qWaitFor(settled, stepTimeoutMs)) {
         saveScreenshot(name + "-failed");
         std::printf("step %d %s: did not reach its state within %d s\n", number_, qPrintable(name), stepTimeoutMs / 1000);
         return false;
     }
-    // Two more frames, so that the screenshot shows the state reached.
-    QTest::qWait(2 * 16);
     saveScreenshot(name);
     if (scripted.what) waited_.push_back(scripted);
     std::printf("step %d %s: %.2f s\n", number_, qPrintable(name), timer.elapsed() / 1000.0);

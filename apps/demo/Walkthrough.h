@@ -5,7 +5,7 @@
 // to 3D mode, closing the dish, and the host's other way in: the kit presented full screen
 // and closed by its back arrow. When the dish's model is made to fail, the road ends at the
 // dish screen's failure message instead. Each step waits (at most 20 s) for the state it
-// must reach, then writes a numbered screenshot into the output folder and prints one line
+// must reach, and still holds two frames later, then writes a numbered screenshot into the output folder and prints one line
 // with its time. The saved photo (read once it is completely written) is copied beside the
 // screenshots.
 // Thread: main thread of the application, with the window shown.
@@ -70,6 +70,8 @@ private:
     void click(QQuickItem* target);
     // A click on the picture away from the controls: shows the dish screen's controls.
     void tapScreen();
+    // Asks the window for `count` more frames and waits (at most 1 s each) until they are drawn.
+    void waitForFrames(int count);
     QString saveScreenshot(const QString& name);
 
     QQuickWindow& window_;

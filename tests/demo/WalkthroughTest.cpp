@@ -29,6 +29,18 @@ int tomatoPixels(const QImage& image) {
     return count;
 }
 
+// Pixels of the pizza's baked crust, a texture: orange-brown (the 3D mode's background is grey).
+int crustPixels(const QImage& image) {
+    int count = 0;
+    const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
+    for (int y = 0; y < rgb.height(); ++y)
+        for (int x = 0; x < rgb.width(); ++x) {
+            const QColor c = rgb.pixelColor(x, y);
+            count += c.red() > 140 && c.green() > 80 && c.green() < 170 && c.blue() < 110 && c.red() - c.blue() > 70;
+        }
+    return count;
+}
+
 // How many of the picture's pixels differ from its first one: a blank picture has none.
 int pixelsUnlikeTheFirst(const QImage& image) {
     int count = 0;
@@ -55,6 +67,9 @@ TEST(Walkthrough, EveryStepLeavesAScreenshotOfWhatItShowsAndTheSavedPhotoIsTheCa
     }
     for (const char* dishStep : {"03-dish-on-the-table", "10-back-in-3d"})
         EXPECT_GT(tomatoPixels(QImage(QDir(out.path()).filePath(QString(dishStep) + ".png"))), 40) << dishStep;
+    // The 3D mode's screenshot waits for the textures, not only for the model (untextured, the
+    // crust is white: about a tenth of these pixels).
+    EXPECT_GT(crustPixels(QImage(QDir(out.path()).filePath("10-back-in-3d.png"))), 5000);
 
     const QImage captured(QDir(out.path()).filePath("captured.png"));
     const QImage saved(QDir(out.path()).filePath("saved-photo.png"));
