@@ -17,28 +17,25 @@
 namespace orvanta::testing {
 namespace {
 
-// Pixels of the pizza's tomato: strong red, little green or blue (nothing in the room is).
-int tomatoPixels(const QImage& image) {
+// How many of the picture's pixels have a colour for which `matches` holds.
+int pixelsWhere(const QImage& image, bool (*matches)(const QColor&)) {
     int count = 0;
     const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
     for (int y = 0; y < rgb.height(); ++y)
-        for (int x = 0; x < rgb.width(); ++x) {
-            const QColor c = rgb.pixelColor(x, y);
-            count += c.red() > 150 && c.green() < 90 && c.blue() < 90;
-        }
+        for (int x = 0; x < rgb.width(); ++x) count += matches(rgb.pixelColor(x, y));
     return count;
+}
+
+// Pixels of the pizza's tomato: strong red, little green or blue (nothing in the room is).
+int tomatoPixels(const QImage& image) {
+    return pixelsWhere(image, [](const QColor& c) { return c.red() > 150 && c.green() < 90 && c.blue() < 90; });
 }
 
 // Pixels of the pizza's baked crust, a texture: orange-brown (the 3D mode's background is grey).
 int crustPixels(const QImage& image) {
-    int count = 0;
-    const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
-    for (int y = 0; y < rgb.height(); ++y)
-        for (int x = 0; x < rgb.width(); ++x) {
-            const QColor c = rgb.pixelColor(x, y);
-            count += c.red() > 140 && c.green() > 80 && c.green() < 170 && c.blue() < 110 && c.red() - c.blue() > 70;
-        }
-    return count;
+    return pixelsWhere(image, [](const QColor& c) {
+        return c.red() > 140 && c.green() > 80 && c.green() < 170 && c.blue() < 110 && c.red() - c.blue() > 70;
+    });
 }
 
 // How many of the picture's pixels differ from its first one: a blank picture has none.
