@@ -10,9 +10,11 @@
 
 #include <QDir>
 #include <QDateTime>
+#include <QFile>
 #include <QQmlComponent>
 #include <QStandardPaths>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace orvanta::demo {
@@ -46,28 +48,76 @@ core::Result<bool> DemoHost::clearKitCache() {
     return true;
 }
 
-core::Result<Restaurant> DemoHost::sampleRestaurant(const Options& options) {
+core::Result<Restaurant> DemoHost::sampleRestaurant() {
     const QString cacheRoot = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
     auto folder = SampleRestaurant::prepare(cacheRoot);
     if (!folder) return folder.error();
     server_ = std::make_unique<LoopbackMenuServer>(folder.value());
-    server_->setSlow(options.slow);
-    if (!options.failingDish.isEmpty()) {
-        const auto file = SampleRestaurant::modelFileOf(options.failingDish);
-        if (!file) return demoError("there is no dish called \"" + options.failingDish + "\" on the sample menu");
-        server_->setFailing(*file);
-    }
     auto base = server_->start();
     if (!base) return base.error();
     return SampleRestaurant::restaurant(base.value());
+}
+
+core::Result<Restaurant> DemoHost::menuRestaurant(const QString& menuFile) {
+    auto menu = MenuFile::read(menuFile);
+    if (!menu) return menu.error();
+    for (const QString& warning : menu->warnings) std::fprintf(stderr, "orvanta-demo: warning: %s\n", qPrintable(warning));
+    server_ = std::make_unique<LoopbackMenuServer>(QString());
+    auto base = server_->start();
+    if (!base) return base.error();
+    std::vector<Food> foods;
+    for (const Food& food : menu->restaurant.foods()) {
+        const QUrl model(food.arUSDZLink());
+        QString link = food.arUSDZLink();
+        if (model.isLocalFile()) {
+            server_->addFile(model.fileName(), model.toLocalFile());
+            link = base.value() + '/' + QString::fromUtf8(QUrl::toPercentEncoding(model.fileName()));
+        }
+        foods.emplace_back(food.name(), food.imageURL(), link, food.price());
+    }
+    return Restaurant(menu->restaurant.name(), std::move(foods));
+}
+
+core::Result<bool> DemoHost::serveForWatching(const Restaurant& restaurant, const Options& options) {
+    const auto servedName = [this](const Food& food) -> std::optional<QString> {
+        const QUrl link(food.arUSDZLink());
+        if (!link.toString().startsWith(server_->baseUrl() + '/')) return std::nullopt;
+        return link.fileName();
+    };
+    QStringList uncached;
+    server_->setSlow(options.slow);
+    if (options.slow)
+        for (const Food& food : restaurant.foods())
+            if (const auto name = servedName(food)) uncached << *name;
+    if (!options.failingDish.isEmpty()) {
+        const auto& foods = restaurant.foods();
+        const auto dish = std::find_if(foods.begin(), foods.end(), [&](const Food& food) {
+            return food.name().compare(options.failingDish, Qt::CaseInsensitive) == 0;
+        });
+        if (dish == foods.end()) return demoError("there is no dish called \"" + options.failingDish + "\" on the menu");
+        const auto name = servedName(*dish);
+        if (!name)
+            return demoError("the model of \"" + dish->name() + "\" comes from " + dish->arUSDZLink() +
+                             ", not from this app: only a model that is a local file can be made to fail");
+        server_->setFailing(*name);
+        uncached << *name;
+        failingDishIndex_ = int(dish - foods.begin());
+    }
+    if (uncached.isEmpty()) return true;
+    const auto cache = core::TemporaryDirectory::url();
+    if (!cache) return cache.error();
+    const QDir folder(QString::fromStdString(cache->path()));
+    for (const QString& name : uncached) QFile::remove(folder.filePath(name));
+    return true;
 }
 
 core::Result<bool> DemoHost::start(const Options& options) {
     if (options.clearCache) {
         if (auto cleared = clearKitCache(); !cleared) return cleared.error();
     }
-    auto restaurant = options.menuFile.isEmpty() ? sampleRestaurant(options) : MenuFile::read(options.menuFile);
+    auto restaurant = options.menuFile.isEmpty() ? sampleRestaurant() : menuRestaurant(options.menuFile);
     if (!restaurant) return restaurant.error();
+    if (auto served = serveForWatching(restaurant.value(), options); !served) return served.error();
     restaurant_ = std::move(restaurant).value();
     showWindow(*restaurant_, options.windowSize, options.startedAtMs);
     return true;

@@ -17,14 +17,14 @@ namespace orvanta::demo {
 
 namespace {
 
-// Whether every picture under `root` that is meant to show has loaded.
-bool picturesLoaded(QQuickItem* root) {
+// Whether every picture under `root` that is meant to show has finished loading or failed
+// to: a picture that cannot load keeps its spinner, and waiting for it would never end.
+bool picturesSettled(QQuickItem* root) {
     for (QQuickItem* child : root->childItems()) {
-        const bool shown = child->isVisible() || child->objectName() == QLatin1String("picture");
-        if (child->objectName() == QLatin1String("picture") && child->parentItem()->isVisible() &&
-            child->property("status").toInt() != 1 /* Image.Ready */)
+        const bool picture = child->objectName() == QLatin1String("picture");
+        if (picture && child->parentItem()->isVisible() && child->property("status").toInt() == 2 /* Image.Loading */)
             return false;
-        if (shown && !picturesLoaded(child)) return false;
+        if ((child->isVisible() || picture) && !picturesSettled(child)) return false;
     }
     return true;
 }
@@ -35,12 +35,35 @@ QFileInfoList photos() {
     return pictures.entryInfoList({"*.png"}, QDir::Files, QDir::Time | QDir::Reversed);
 }
 
+// Whether the PNG file at `path` is completely written: it ends with the image-end chunk.
+// The album writes off the main thread, so a new file may still be growing.
+bool completelyWritten(const QString& path) {
+    static const QByteArray imageEnd("\0\0\0\0IEND\xAE\x42\x60\x82", 12);
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) && file.size() >= imageEnd.size() && file.seek(file.size() - imageEnd.size()) &&
+           file.read(imageEnd.size()) == imageEnd;
+}
+
 } // namespace
 
-Walkthrough::Walkthrough(QQuickWindow& window, QString outputFolder) : window_(window), folder_(std::move(outputFolder)) {}
+const Walkthrough::ScriptedWait Walkthrough::firstLoadCheck{5.0, "the dish screen's 5 s first-load check"};
+const Walkthrough::ScriptedWait Walkthrough::thumbnailAnimation{0.5, "the thumbnail's 0.5 s animation"};
+
+Walkthrough::Walkthrough(QQuickWindow& window, QString outputFolder, Route route)
+    : window_(window), folder_(std::move(outputFolder)), route_(route) {}
 
 QQuickItem* Walkthrough::item(const char* name) const {
     return WindowItems::find(window_.contentItem(), QString::fromLatin1(name));
+}
+
+int Walkthrough::stackDepth() const {
+    QQuickItem* stack = item("navigationStack");
+    return stack && !stack->property("busy").toBool() ? stack->property("depth").toInt() : -1;
+}
+
+QVariant Walkthrough::dishState(const char* property) const {
+    QObject* screen = dishScreen();
+    return screen ? screen->property(property) : QVariant();
 }
 
 QObject* Walkthrough::dishScreen() const {
@@ -59,25 +82,43 @@ void Walkthrough::tapScreen() {
     QTest::mouseClick(&window_, Qt::LeftButton, {}, QPoint(window_.width() / 2, window_.height() / 3));
 }
 
+void Walkthrough::waitForFrames(int count) {
+    int drawn = 0;
+    const QMetaObject::Connection counting =
+        QObject::connect(&window_, &QQuickWindow::frameSwapped, &window_, [&drawn] { ++drawn; });
+    for (int frame = 1; frame <= count; ++frame) {
+        window_.update();
+        QTest::qWaitFor([&] { return drawn >= frame; }, 1000);
+    }
+    QObject::disconnect(counting);
+}
+
 QString Walkthrough::saveScreenshot(const QString& name) {
     const QString path = QDir(folder_).filePath(QString("%1-%2.png").arg(number_, 2, 10, QChar('0')).arg(name));
     window_.grabWindow().save(path);
     return path;
 }
 
-bool Walkthrough::step(const QString& name, const std::function<void()>& act, const std::function<bool()>& reached) {
+bool Walkthrough::step(const QString& name, const std::function<void()>& act, const std::function<bool()>& reached,
+                       ScriptedWait scripted) {
     ++number_;
     QElapsedTimer timer;
     timer.start();
     act();
-    if (!QTest::qWaitFor(reached, stepTimeoutMs)) {
+    // The state must still hold once two more frames are drawn: what it needs on screen may
+    // start only when the next frame syncs it (a viewer asks for its textures then).
+    const auto settled = [&] {
+        if (!reached()) return false;
+        waitForFrames(2);
+        return reached();
+    };
+    if (!QTest::qWaitFor(settled, stepTimeoutMs)) {
         saveScreenshot(name + "-failed");
         std::printf("step %d %s: did not reach its state within %d s\n", number_, qPrintable(name), stepTimeoutMs / 1000);
         return false;
     }
-    // Two more frames, so that the screenshot shows the state reached.
-    QTest::qWait(2 * 16);
     saveScreenshot(name);
+    if (scripted.what) waited_.push_back(scripted);
     std::printf("step %d %s: %.2f s\n", number_, qPrintable(name), timer.elapsed() / 1000.0);
     std::fflush(stdout);
     return true;
@@ -86,46 +127,70 @@ bool Walkthrough::step(const QString& name, const std::function<void()>& act, co
 int Walkthrough::run() {
     QDir().mkpath(folder_);
     clock_.start();
-    const auto dishProperty = [this](const char* property) {
-        QObject* screen = dishScreen();
-        return screen ? screen->property(property) : QVariant();
-    };
-    const auto depth = [this] {
-        QQuickItem* stack = item("navigationStack");
-        return stack && !stack->property("busy").toBool() ? stack->property("depth").toInt() : -1;
-    };
+    bool finished = openDish();
+    if (finished && route_.failing)
+        finished = step(
+            "load-failed", [] {},
+            [this] {
+                QQuickItem* message = item("loadError");
+                return message && item("retryButton");
+            },
+            firstLoadCheck);
+    else if (finished)
+        finished = placeCaptureShareAndClose();
+    printSummary(finished);
+    return finished ? 0 : 1;
+}
+
+bool Walkthrough::openDish() {
+    const QString card = QStringLiteral("card%1").arg(route_.dish);
+    return step("menu", [] {},
+                [this] {
+                    QQuickItem* grid = item("menuGrid");
+                    QQuickItem* first = item("card0");
+                    return grid && grid->property("count").toInt() > route_.dish && first && first->width() > 0 &&
+                           picturesSettled(grid);
+                }) &&
+           step("dish-opened",
+                [&] {
+                    // A dish further down the menu is scrolled into view first.
+                    QMetaObject::invokeMethod(item("menuGrid"), "positionViewAtIndex", Q_ARG(int, route_.dish),
+                                              Q_ARG(int, 2 /* GridView.Contain */));
+                    QTest::qWaitFor([&] { return item(qPrintable(card)) != nullptr; }, stepTimeoutMs);
+                    click(item(qPrintable(card)));
+                },
+                [&] { return stackDepth() == 2 && item("arView"); });
+}
+
+bool Walkthrough::placeCaptureShareAndClose() {
     qsizetype photosBefore = 0;
 
-    const bool all =
-        step("menu", [] {},
-             [this] {
-                 QQuickItem* grid = item("menuGrid");
-                 QQuickItem* first = item("card0");
-                 return grid && grid->property("count").toInt() > 0 && first && first->width() > 0 && picturesLoaded(grid);
-             }) &&
-        step("dish-opened", [this] { click(item("card0")); }, [&] { return depth() == 2 && item("arView"); }) &&
-        step("dish-on-the-table", [] {},
-             [&] { return dishProperty("isModelLoaded").toBool() && item("arView")->property("texturesReady").toBool(); }) &&
+    return
+        step(
+            "dish-on-the-table", [] {},
+            [&] { return dishState("isModelLoaded").toBool() && item("arView")->property("texturesReady").toBool(); },
+            firstLoadCheck) &&
         step("captured",
              [this] {
                  tapScreen();
                  QTest::qWaitFor([this] { return item("captureButton") != nullptr; }, stepTimeoutMs);
                  click(item("captureButton"));
              },
-             [&] { return dishProperty("showsThumbnail").toBool(); }) &&
+             [&] { return dishState("showsThumbnail").toBool(); }) &&
         step("thumbnail",
-             [&] { captured_ = dishProperty("capturedImage").value<QImage>(); },
+             [&] { captured_ = dishState("capturedImage").value<QImage>(); },
              [this] {
                  QQuickItem* thumbnail = item("thumbnail");
                  return thumbnail && qFuzzyCompare(thumbnail->scale(), 0.2);
-             }) &&
-        step("preview", [this] { click(item("thumbnail")); }, [&] { return depth() == 3 && item("saveButton"); }) &&
+             },
+             thumbnailAnimation) &&
+        step("preview", [this] { click(item("thumbnail")); }, [&] { return stackDepth() == 3 && item("saveButton"); }) &&
         step("saved-to-photos",
              [&] {
                  photosBefore = photos().size();
                  click(item("saveButton"));
              },
-             [&] { return photos().size() > photosBefore && !QImage(photos().last().filePath()).isNull(); }) &&
+             [&] { return photos().size() > photosBefore && completelyWritten(photos().last().filePath()); }) &&
         step("share-sheet",
              [&] {
                  QFile::copy(photos().last().filePath(), QDir(folder_).filePath("saved-photo.png"));
@@ -147,14 +212,14 @@ int Walkthrough::run() {
         step("back-in-3d",
              [&] {
                  click(item("doneButton"));
-                 QTest::qWaitFor([&] { return depth() == 2; }, stepTimeoutMs);
+                 QTest::qWaitFor([&] { return stackDepth() == 2; }, stepTimeoutMs);
                  tapScreen();
                  QTest::qWaitFor([this] { return item("mode3D") != nullptr; }, stepTimeoutMs);
                  click(item("mode3D"));
              },
              [&] {
                  QQuickItem* viewer = item("threeDViewer");
-                 return viewer && dishProperty("isModelLoaded").toBool() && !dishProperty("showsProgress").toBool() &&
+                 return viewer && dishState("isModelLoaded").toBool() && !dishState("showsProgress").toBool() &&
                         viewer->property("texturesReady").toBool();
              }) &&
         step("closed",
@@ -163,7 +228,7 @@ int Walkthrough::run() {
                  QTest::qWaitFor([this] { return item("closeButton") != nullptr; }, stepTimeoutMs);
                  click(item("closeButton"));
              },
-             [&] { return depth() == 1; }) &&
+             [&] { return stackDepth() == 1; }) &&
         step("full-screen", [this] { click(item("openFullScreen")); },
              [this] {
                  // A second menu, presented over the whole window, has slid all the way up.
@@ -173,12 +238,18 @@ int Walkthrough::run() {
         step("full-screen-closed",
              [this] { click(WindowItems::findAll(window_.contentItem(), "backButton").last()); },
              [this] { return WindowItems::findAll(window_.contentItem(), "menuGrid").size() == 1; });
+}
 
-    std::printf("walkthrough %s in %.2f s, of which scripted waits 5.50 s (the dish screen's 5 s first-load "
-                "check and the thumbnail's 0.5 s animation)\n",
-                all ? "finished" : "stopped", clock_.elapsed() / 1000.0);
-    std::printf("screenshots: %s\n", qPrintable(QDir(folder_).absolutePath()));
-    return all ? 0 : 1;
+void Walkthrough::printSummary(bool finished) const {
+    double scripted = 0;
+    QStringList what;
+    for (const ScriptedWait& wait : waited_) {
+        scripted += wait.seconds;
+        what << QString::fromLatin1(wait.what);
+    }
+    std::printf("walkthrough %s in %.2f s", finished ? "finished" : "stopped", clock_.elapsed() / 1000.0);
+    if (!waited_.empty()) std::printf(", of which scripted waits %.2f s (%s)", scripted, qPrintable(what.join(", ")));
+    std::printf("\nscreenshots: %s\n", qPrintable(QDir(folder_).absolutePath()));
 }
 
 } // namespace orvanta::demo

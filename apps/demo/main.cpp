@@ -1,46 +1,101 @@
 // orvanta-demo: the sample host app. It serves the sample restaurant (or a menu read from a
 // JSON file) over a loopback HTTP server and shows the kit two ways: embedded in its window,
-// and full screen through "Open full screen". Without a display, or with --walkthrough, it
-// walks one dish from the menu to a saved photo and writes screenshots.
+// and full screen through "Open full screen". With --headless (what `./run demo` uses
+// without a display) or --walkthrough, it walks one dish from the menu to a saved photo and
+// writes screenshots. --help and --version need no display; anything else needs a display
+// with OpenGL and exits 1 saying so when there is none.
 #include "DemoHost.h"
+#include "ToolCommandLine.h"
 #include "Walkthrough.h"
+#include "render/GlSupport.h"
 
-#include <QCommandLineParser>
 #include <QDateTime>
 #include <QDir>
+#include <QFile>
 #include <QGuiApplication>
 #include <QQuick3D>
+#include <QTemporaryDir>
 #include <QTimer>
 
 #include <cstdio>
+#include <memory>
+
+namespace {
+
+// The kit's photo album is the Pictures folder the desktop names in user-dirs.dirs under
+// XDG_CONFIG_HOME. This points it at `folder` for this process through a configuration
+// folder of its own, which lives as long as the returned object.
+std::unique_ptr<QTemporaryDir> usePicturesFolder(const QString& folder) {
+    auto config = std::make_unique<QTemporaryDir>();
+    QFile dirs(config->filePath("user-dirs.dirs"));
+    if (!config->isValid() || !QDir().mkpath(folder) || !dirs.open(QIODevice::WriteOnly)) return nullptr;
+    QString escaped = QDir(folder).absolutePath();
+    escaped.replace('\\', "\\\\").replace('"', "\\\"");
+    dirs.write("XDG_PICTURES_DIR=\"" + escaped.toUtf8() + "\"\n");
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(config->path()));
+    return config;
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     const qint64 startedAtMs = QDateTime::currentMSecsSinceEpoch();
+    orvanta::render::GlSupport::allowStartWithoutDisplay();
     QGuiApplication app(argc, argv);
     QSurfaceFormat::setDefaultFormat(QQuick3D::idealSurfaceFormat());
-    QGuiApplication::setApplicationName("orvanta-demo");
 
     QCommandLineParser parser;
-    parser.setApplicationDescription("The sample host app of OrvantaARFoodSDK.");
-    parser.addHelpOption();
+    orvanta::tools::ToolCommandLine::prepare(parser, "orvanta-demo",
+                                             "The sample host app of OrvantaARFoodSDK. It needs a display with OpenGL; "
+                                             "`./run demo` runs it under Xvfb with --headless when there is none.");
     const QCommandLineOption headless("headless", "Walk one dish through the kit and write screenshots, then quit.");
     const QCommandLineOption walkthrough("walkthrough", "The same walk in a visible window.");
     const QCommandLineOption slow("slow", "Serve the models slowly, to watch the download progress.");
-    const QCommandLineOption fail("fail", "Make the model of the dish NAME fail to download.", "NAME");
+    const QCommandLineOption fail("fail", "Make the model of the dish NAME fail to download; the walk opens that dish "
+                                          "and ends at its failure message.", "NAME");
     const QCommandLineOption menu("menu", "Read the restaurant from a JSON menu file.", "FILE.json");
     const QCommandLineOption clearCache("clear-cache", "Empty the kit's model cache first.");
-    const QCommandLineOption out("out", "Folder for the walkthrough's screenshots.", "DIR");
-    const QCommandLineOption size("size", "Window size, e.g. 480x900.", "WxH", "480x900");
-    parser.addOptions({headless, walkthrough, slow, fail, menu, clearCache, out, size});
+    const QCommandLineOption out("out", "Folder for the walk's screenshots (default: a new orvanta-demo-<time> folder "
+                                        "in the temporary directory).", "DIR");
+    const QCommandLineOption pictures("pictures", "The photo album's folder (default: your Pictures folder, except for "
+                                                  "a walk, which saves into DIR/pictures of --out).", "DIR");
+    const QCommandLineOption size("size", "Window size (default 480x800, which fits a 1280x800 screen).", "WxH", "480x800");
+    parser.addOptions({headless, walkthrough, slow, fail, menu, clearCache, out, pictures, size});
     parser.process(app);
+
+    const QStringList dimensions = parser.value(size).split('x');
+    const QSize windowSize(dimensions.value(0).toInt(), dimensions.value(1).toInt());
+    if (dimensions.size() != 2 || windowSize.isEmpty()) {
+        std::fprintf(stderr, "orvanta-demo: --size takes WIDTHxHEIGHT, for example 480x800\n");
+        return 2;
+    }
+    if (!orvanta::render::GlSupport::canCreateContext()) {
+        std::fprintf(stderr, "orvanta-demo: no display or OpenGL context is available: %s\n",
+                     orvanta::render::GlSupport::unavailableReason().c_str());
+        return 1;
+    }
+
+    const bool walks = parser.isSet(headless) || parser.isSet(walkthrough);
+    const QString folder = parser.isSet(out)
+                               ? parser.value(out)
+                               : QDir::temp().filePath("orvanta-demo-" + QDateTime::currentDateTime().toString("yyyyMMdd-HHmmss"));
+    // A walk saves a photo: it goes beside the screenshots unless a folder is asked for.
+    std::unique_ptr<QTemporaryDir> picturesConfig;
+    if (parser.isSet(pictures) || walks) {
+        const QString album = parser.isSet(pictures) ? parser.value(pictures) : QDir(folder).filePath("pictures");
+        picturesConfig = usePicturesFolder(album);
+        if (!picturesConfig) {
+            std::fprintf(stderr, "orvanta-demo: the pictures folder %s cannot be made\n", qPrintable(album));
+            return 1;
+        }
+    }
 
     orvanta::demo::DemoHost::Options options;
     options.slow = parser.isSet(slow);
     options.failingDish = parser.value(fail);
     options.menuFile = parser.value(menu);
     options.clearCache = parser.isSet(clearCache);
-    const QStringList dimensions = parser.value(size).split('x');
-    options.windowSize = QSize(dimensions.value(0).toInt(), dimensions.value(1).toInt());
+    options.windowSize = windowSize;
     options.startedAtMs = startedAtMs;
 
     orvanta::demo::DemoHost host;
@@ -48,14 +103,12 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "orvanta-demo: %s\n", started.error().localizedDescription().c_str());
         return 1;
     }
-    if (!parser.isSet(headless) && !parser.isSet(walkthrough)) return app.exec();
+    if (!walks) return app.exec();
 
-    const QString folder = parser.isSet(out)
-                               ? parser.value(out)
-                               : QDir::temp().filePath("orvanta-demo-" + QDateTime::currentDateTime().toString("yyyyMMdd-HHmmss"));
+    const orvanta::demo::Walkthrough::Route route{host.failingDishIndex().value_or(0), host.failingDishIndex().has_value()};
     int result = 1;
     QTimer::singleShot(0, &app, [&] {
-        orvanta::demo::Walkthrough walk(host.window(), folder);
+        orvanta::demo::Walkthrough walk(host.window(), folder, route);
         result = walk.run();
         app.quit();
     });

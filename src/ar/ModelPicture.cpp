@@ -47,6 +47,7 @@ core::Result<QImage> ModelPicture::render(const std::string& modelPath, const Op
         return pictureError(2, modelPath + ": domain " + error.domain() + ", code " + std::to_string(error.code()) +
                                    ": " + error.localizedDescription());
     }
+    if (imported->triangleCount() == 0) return pictureError(5, modelPath + ": no geometry to draw");
     auto scene = std::make_shared<const import::ImportedScene>(std::move(imported).value());
 
     QQuickWindow window;

@@ -24,7 +24,8 @@ public:
     };
 
     // The picture, or a "ModelPictureError" whose message says why there is none (no OpenGL,
-    // the model does not import, it did not appear within 30 s, the window was not captured).
+    // the model does not import or has no triangles, it did not appear within 30 s, the
+    // window was not captured).
     static core::Result<QImage> render(const std::string& modelPath, const Options& options);
 };
 

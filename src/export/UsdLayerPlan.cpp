@@ -243,7 +243,6 @@ private:
                 buffer.open(QIODevice::WriteOnly);
                 image.save(&buffer, "PNG");
                 extension = "png";
-                note("texture " + source.uri + " re-encoded as PNG");
             }
         }
         std::string path;

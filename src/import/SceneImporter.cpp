@@ -19,6 +19,29 @@ bool startsWith(std::span<const std::uint8_t> bytes, const char* magic) {
     return bytes.size() >= n && std::memcmp(bytes.data(), magic, n) == 0;
 }
 
+// What a file's name promises and the bytes that keep the promise. The format still comes
+// from the bytes; the name only lets a refusal say what the file is not, where the scene
+// import library would only say that no reader wants it.
+struct NamedFormat {
+    const char* suffix;
+    const char* what;
+    const char* magic;
+};
+
+constexpr NamedFormat namedFormats[] = {
+    {".glb", "a glTF binary", "glTF's magic bytes"},
+    {".usdz", "a USDZ package", "a zip archive's header"},
+    {".usdc", "a USD crate file", "PXR-USDC"},
+};
+
+const NamedFormat* promisedFormat(const std::string& path) {
+    std::string lower = path;
+    std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+    for (const NamedFormat& format : namedFormats)
+        if (lower.ends_with(format.suffix)) return &format;
+    return nullptr;
+}
+
 } // namespace
 
 ModelFormat SceneImporter::sniff(std::span<const std::uint8_t> head) {
@@ -49,7 +72,11 @@ core::Result<ImportedScene> SceneImporter::importFile(const std::string& path) {
     case ModelFormat::usda: return usd::UsdImporter::importFile(path);
     case ModelFormat::glb: return AssimpImporter::importFile(path, "glb");
     case ModelFormat::gltf: return AssimpImporter::importFile(path, "gltf");
-    case ModelFormat::other: return AssimpImporter::importFile(path, "other");
+    case ModelFormat::other:
+        if (const NamedFormat* promised = promisedFormat(path))
+            return importError(ImportErrorCode::unrecognisedFormat, path + ": not " + promised->what +
+                                                                        ": it does not start with " + promised->magic);
+        return AssimpImporter::importFile(path, "other");
     case ModelFormat::unknown: break;
     }
     return importError(ImportErrorCode::unrecognisedFormat, "Not a model file: " + path);

@@ -47,6 +47,14 @@ const Probe& probe() {
 
 } // namespace
 
+void GlSupport::allowStartWithoutDisplay() {
+    if (!qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) return;
+    // A display that is named but cannot be opened falls back as well (Qt tries the list in order).
+    if (!qEnvironmentVariableIsEmpty("DISPLAY")) qputenv("QT_QPA_PLATFORM", "xcb;offscreen");
+    else if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) qputenv("QT_QPA_PLATFORM", "wayland;offscreen");
+    else qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
 bool GlSupport::canCreateContext() { return probe().context; }
 bool GlSupport::hasHalfFloatTargets() { return probe().halfFloat; }
 std::string GlSupport::unavailableReason() { return probe().reason; }

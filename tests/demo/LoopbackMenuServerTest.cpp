@@ -107,13 +107,22 @@ TEST_F(LoopbackMenuServerTest, ServesFilesByteForByteWithTheirLengthAndType) {
     }
 }
 
-TEST_F(LoopbackMenuServerTest, NamesOutsideTheFolderAreNotFound) {
+TEST_F(LoopbackMenuServerTest, OnlyTheFolderAndTheFilesAddedByNameAreServed) {
     put("dish.glb", "glb");
+    QTemporaryDir elsewhere;
+    QFile added(elsewhere.filePath("soup v2.usdz"));
+    ASSERT_TRUE(added.open(QIODevice::WriteOnly));
+    added.write("usdz");
+    added.close();
+    server_.addFile("soup v2.usdz", added.fileName());
     for (const QString name : {"missing.glb", "..%2Fsecret", "%2Fetc%2Fpasswd", ".hidden", ""}) {
         SCOPED_TRACE(name.toStdString());
         const Download got = download(name);
         EXPECT_EQ(got.status, 404);
     }
+    const Download got = download("soup%20v2.usdz");
+    ASSERT_TRUE(got.body.has_value()) << got.error->description();
+    EXPECT_EQ(*got.body, "usdz");
 }
 
 TEST_F(LoopbackMenuServerTest, SlowModeStillDeliversWholeFiles) {

@@ -1,25 +1,41 @@
 // The sample app's headless walkthrough, run as a user runs it: every step's screenshot is
-// there and shows what the step is about, and the saved photo is the captured one.
+// there and shows what the step is about, and the saved photo is the captured one and stays
+// out of the user's Pictures folder; a dish made to fail ends the walk at its failure
+// message, even when the kit has its model cached.
+#include "DishModels.h"
+#include "core/TemporaryDirectory.h"
 #include "support/ToolRun.h"
 
 #include <QDir>
+#include <QFile>
 #include <QImage>
+#include <QProcessEnvironment>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace orvanta::testing {
 namespace {
 
-// Pixels of the pizza's tomato: strong red, little green or blue (nothing in the room is).
-int tomatoPixels(const QImage& image) {
+// How many of the picture's pixels have a colour for which `matches` holds.
+int pixelsWhere(const QImage& image, bool (*matches)(const QColor&)) {
     int count = 0;
     const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
     for (int y = 0; y < rgb.height(); ++y)
-        for (int x = 0; x < rgb.width(); ++x) {
-            const QColor c = rgb.pixelColor(x, y);
-            count += c.red() > 150 && c.green() < 90 && c.blue() < 90;
-        }
+        for (int x = 0; x < rgb.width(); ++x) count += matches(rgb.pixelColor(x, y));
     return count;
+}
+
+// Pixels of the pizza's tomato: strong red, little green or blue (nothing in the room is).
+int tomatoPixels(const QImage& image) {
+    return pixelsWhere(image, [](const QColor& c) { return c.red() > 150 && c.green() < 90 && c.blue() < 90; });
+}
+
+// Pixels of the pizza's baked crust, a texture: orange-brown (the 3D mode's background is grey).
+int crustPixels(const QImage& image) {
+    return pixelsWhere(image, [](const QColor& c) {
+        return c.red() > 140 && c.green() > 80 && c.green() < 170 && c.blue() < 110 && c.red() - c.blue() > 70;
+    });
 }
 
 // How many of the picture's pixels differ from its first one: a blank picture has none.
@@ -48,6 +64,9 @@ TEST(Walkthrough, EveryStepLeavesAScreenshotOfWhatItShowsAndTheSavedPhotoIsTheCa
     }
     for (const char* dishStep : {"03-dish-on-the-table", "10-back-in-3d"})
         EXPECT_GT(tomatoPixels(QImage(QDir(out.path()).filePath(QString(dishStep) + ".png"))), 40) << dishStep;
+    // The 3D mode's screenshot waits for the textures, not only for the model (untextured, the
+    // crust is white: about a tenth of these pixels).
+    EXPECT_GT(crustPixels(QImage(QDir(out.path()).filePath("10-back-in-3d.png"))), 5000);
 
     const QImage captured(QDir(out.path()).filePath("captured.png"));
     const QImage saved(QDir(out.path()).filePath("saved-photo.png"));
@@ -55,6 +74,41 @@ TEST(Walkthrough, EveryStepLeavesAScreenshotOfWhatItShowsAndTheSavedPhotoIsTheCa
     EXPECT_EQ(saved.size(), captured.size());
     EXPECT_EQ(saved.convertToFormat(QImage::Format_RGB32), captured.convertToFormat(QImage::Format_RGB32));
     EXPECT_GT(tomatoPixels(saved), 40) << "the photo shows the dish";
+    EXPECT_EQ(QDir(out.filePath("pictures")).entryList({"*.png"}, QDir::Files).size(), 1) << "the album is beside the screenshots";
+    EXPECT_TRUE(run.out.contains(QRegularExpression(
+        "\nwalkthrough finished in [0-9.]+ s, of which scripted waits 5.50 s \\(the dish screen's 5 s first-load check, "
+        "the thumbnail's 0.5 s animation\\)\n")))
+        << run.out.toStdString();
+}
+
+TEST(Walkthrough, AFailingDishEndsAtItsFailureMessageEvenWhenTheKitHasItsModelCached) {
+    QTemporaryDir tmpdir, out, kitchen;
+    // The last dish of the menu, below the first screenful, already in the kit's cache.
+    const std::string sundae = "strawberry-sundae-v" + std::to_string(demo::DishModels::generatorVersion) + ".usdz";
+    ASSERT_TRUE(demo::DishModels::ensure(kitchen.path().toStdString()).ok());
+    const auto cache = core::TemporaryDirectory::privateDirectoryUnder(tmpdir.path().toStdString());
+    ASSERT_TRUE(cache.ok());
+    const QString cached = QDir(QString::fromStdString(cache->path())).filePath(QString::fromStdString(sundae));
+    ASSERT_TRUE(QFile::copy(kitchen.filePath(QString::fromStdString(sundae)), cached));
+
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("TMPDIR", tmpdir.path());
+    const ToolRun run =
+        ToolRun::of(ORVANTA_DEMO, {"--headless", "--fail", "strawberry SUNDAE", "--out", out.path()}, environment);
+    ASSERT_EQ(run.exitCode, 0) << run.out.toStdString() << run.err.toStdString();
+    for (const char* step : {"step 1 menu: ", "step 2 dish-opened: ", "step 3 load-failed: "})
+        EXPECT_TRUE(run.out.contains(step)) << step << " missing from:\n" << run.out.toStdString();
+    EXPECT_TRUE(run.out.contains(QRegularExpression(
+        "\nwalkthrough finished in [0-9.]+ s, of which scripted waits 5.00 s \\(the dish screen's 5 s first-load check\\)\n")))
+        << run.out.toStdString();
+    const QImage failed(QDir(out.path()).filePath("03-load-failed.png"));
+    ASSERT_FALSE(failed.isNull());
+    EXPECT_GT(pixelsUnlikeTheFirst(failed), failed.width() * failed.height() / 40);
+    EXPECT_FALSE(QFile::exists(cached)) << "the cached copy was set aside, and the cut download stored nothing";
+
+    const ToolRun unknown = ToolRun::of(ORVANTA_DEMO, {"--headless", "--fail", "Spaghetti", "--out", out.path()}, environment);
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_EQ(unknown.err, "orvanta-demo: there is no dish called \"Spaghetti\" on the menu\n");
 }
 
 } // namespace

@@ -50,7 +50,7 @@ TEST_F(ConvertToolTest, GlbBecomesUsdzOfEitherLayerAndComesBack) {
         const QString usdz = dir.filePath("three.usdz"), back = dir.filePath("back.glb");
         const ToolRun toUsdz = convert(flags + QStringList{glb, usdz});
         EXPECT_EQ(toUsdz.exitCode, 0) << toUsdz.err.toStdString();
-        EXPECT_TRUE(toUsdz.out.startsWith(glb + " -> " + usdz + ": 1 meshes, 1 materials, 0 textures\n")) << toUsdz.out.toStdString();
+        EXPECT_TRUE(toUsdz.out.startsWith(glb + " -> " + usdz + ": 1 mesh, 1 material, 0 textures\n")) << toUsdz.out.toStdString();
         const ToolRun toGlb = convert({usdz, back});
         EXPECT_EQ(toGlb.exitCode, 0) << toGlb.err.toStdString();
         for (const QString& file : {usdz, back}) {
@@ -87,6 +87,8 @@ TEST_F(ConvertToolTest, ExtensionsTheKitDoesNotReadAreReported) {
 }
 
 TEST_F(ConvertToolTest, FailuresAndWrongCommandLines) {
+    const QString empty = dir.filePath("empty.usda");
+    testing::TestModels::write(empty.toStdString(), "#usda 1.0\n");
     const struct {
         QStringList arguments;
         int exitCode;
@@ -95,6 +97,7 @@ TEST_F(ConvertToolTest, FailuresAndWrongCommandLines) {
         {{dir.filePath("absent.glb"), dir.filePath("out.usdz")}, 1, "error: domain ModelImportError, code 1"},
         {{glb, dir.filePath("missing-folder/out.usdz")}, 1, "error: domain ModelExportError"},
         {{glb, dir.filePath("out.obj")}, 2, "must end in .usdz or .glb"},
+        {{empty, dir.filePath("empty.glb")}, 1, "empty.usda: nothing to convert: the model has no triangles"},
         {{glb}, 2, "usage:"},
     };
     for (const auto& c : cases) {
@@ -103,6 +106,7 @@ TEST_F(ConvertToolTest, FailuresAndWrongCommandLines) {
         EXPECT_EQ(run.exitCode, c.exitCode);
         EXPECT_TRUE(run.err.contains(c.message)) << run.err.toStdString();
     }
+    EXPECT_FALSE(QFile::exists(dir.filePath("empty.glb")));
 }
 
 #endif

@@ -1,6 +1,6 @@
 // Hostile and damaged input through SceneImporter::importFile, across every format: the
 // corpus's bad files, truncated and bit-flipped copies of every good corpus file, an HTML
-// page under a model's name, an empty file and zip archives that declare huge sizes. Each
+// page or plain text under a model's name, an empty file and zip archives that declare huge sizes. Each
 // must end in a ModelImportError or load; none may crash or hang.
 #include "support/FuzzRegressions.h"
 #include "import/AssimpImporter.h"
@@ -147,7 +147,7 @@ TEST(BadInputTest, TruncatedAndBitFlippedCorpusFilesNeverCrash) {
     EXPECT_GT(imported, 100);
 }
 
-TEST(BadInputTest, HtmlPageUnderAModelNameAndEmptyFileAreNotModels) {
+TEST(BadInputTest, HtmlPageOrTextUnderAModelNameAndEmptyFileAreNotModels) {
     QTemporaryDir temp;
     ASSERT_TRUE(temp.isValid());
     const fs::path dir = temp.path().toStdString();
@@ -156,6 +156,17 @@ TEST(BadInputTest, HtmlPageUnderAModelNameAndEmptyFileAreNotModels) {
     for (const char* name : {"DamagedHelmet.glb", "dish.usdz", "dish.gltf"}) {
         writeBytes(dir / name, Bytes(html.begin(), html.end()));
         EXPECT_EQ(errorCode(importSurvives(dir / name)), static_cast<int>(ImportErrorCode::unrecognisedFormat)) << name;
+    }
+    // Text under the name of a binary format: the refusal says which format the file is not.
+    const std::string text = "solid dish\nendsolid dish\n";
+    for (const auto& [name, what] : {std::pair{"dish.glb", "not a glTF binary: it does not start with glTF's magic bytes"},
+                                     {"dish.USDZ", "not a USDZ package: it does not start with a zip archive's header"},
+                                     {"dish.usdc", "not a USD crate file: it does not start with PXR-USDC"}}) {
+        writeBytes(dir / name, Bytes(text.begin(), text.end()));
+        const auto refused = importSurvives(dir / name);
+        ASSERT_FALSE(refused.ok()) << name;
+        EXPECT_EQ(refused.error().localizedDescription(), (dir / name).string() + ": " + what);
+        EXPECT_EQ(errorCode(refused), static_cast<int>(ImportErrorCode::unrecognisedFormat)) << name;
     }
     writeBytes(dir / "empty.glb", {});
     EXPECT_EQ(errorCode(importSurvives(dir / "empty.glb")), static_cast<int>(ImportErrorCode::unrecognisedFormat));

@@ -1,6 +1,7 @@
 #pragma once
 // Runs a command-line tool of the kit as a separate process and collects what it printed.
 
+#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 
@@ -11,8 +12,12 @@ struct ToolRun {
     QString out;
     QString err;
 
-    // Runs `program` with `arguments` and waits (at most 60 s) for it to end.
-    static ToolRun of(const QString& program, const QStringList& arguments);
+    // Runs `program` with `arguments` in `environment` (the test's own unless given) and
+    // waits (at most 120 s) for it to end; a crash fails the test.
+    static ToolRun of(const QString& program, const QStringList& arguments,
+                      const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment());
+    // The test's environment without a display: no X or Wayland display and no Qt platform named.
+    static QProcessEnvironment withoutDisplay();
 };
 
 } // namespace orvanta::testing

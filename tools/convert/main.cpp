@@ -1,10 +1,12 @@
-// orvanta-convert [--text] IN OUT
+// orvanta-convert [--text] IN OUT   (--help, --version)
 // Imports IN the way the kit does (any format it reads) and writes OUT: a USDZ package
 // (crate layer, or text with --text) when OUT ends in .usdz, a binary glTF when it ends in
 // .glb. Prints what was written and every fact of the model the output cannot carry,
 // including glTF extensions the kit does not read. Exit status 0 when OUT is written, 1 when
-// reading or writing fails (the error on standard error), 2 for a wrong command line.
+// reading or writing fails or the model has no triangles (the reason on standard error), 2
+// for a wrong command line.
 
+#include "ToolCommandLine.h"
 #include "export/GlbWriter.h"
 #include "export/UsdzWriter.h"
 #include "import/SceneImporter.h"
@@ -47,6 +49,11 @@ std::vector<std::string> unreadExtensions(const QString& path) {
     return notes;
 }
 
+// "1 mesh", "3 meshes".
+std::string counted(std::size_t n, const char* one, const char* many) {
+    return std::to_string(n) + " " + (n == 1 ? one : many);
+}
+
 int fail(const std::string& path, const orvanta::core::Error& error) {
     std::fprintf(stderr, "%s: error: domain %s, code %d: %s\n", path.c_str(), error.domain().c_str(), error.code(),
                  error.localizedDescription().c_str());
@@ -56,25 +63,37 @@ int fail(const std::string& path, const orvanta::core::Error& error) {
 } // namespace
 
 int main(int argc, char** argv) {
-    std::vector<std::string> arguments(argv + 1, argv + argc);
-    const bool text = std::erase(arguments, "--text") > 0;
+    QCoreApplication app(argc, argv);
+    QCommandLineParser parser;
+    orvanta::tools::ToolCommandLine::prepare(parser, "orvanta-convert",
+                                             "Converts a model file that OrvantaARFoodSDK reads to one USDZ or GLB file.");
+    parser.addPositionalArgument("IN", "a USDZ, USDA, USDC, glTF, GLB or any other file the kit reads");
+    parser.addPositionalArgument("OUT", "the file to write, ending in .usdz or .glb");
+    const QCommandLineOption text("text", "Write the USDZ package's layer as text instead of binary (crate).");
+    parser.addOption(text);
+    parser.process(app);
+    const QStringList arguments = parser.positionalArguments();
     if (arguments.size() != 2) {
-        std::fprintf(stderr, "usage: %s [--text] IN OUT   (OUT: .usdz or .glb)\n", argv[0]);
+        std::fprintf(stderr, "usage: orvanta-convert [--text] IN OUT   (OUT: .usdz or .glb; --help for more)\n");
         return 2;
     }
-    const std::string& in = arguments[0];
-    const std::string& out = arguments[1];
-    const QString suffix = QFileInfo(QString::fromStdString(out)).suffix().toLower();
+    const std::string in = arguments[0].toStdString();
+    const std::string out = arguments[1].toStdString();
+    const QString suffix = QFileInfo(arguments[1]).suffix().toLower();
     if (suffix != "usdz" && suffix != "glb") {
         std::fprintf(stderr, "%s: the output must end in .usdz or .glb\n", out.c_str());
         return 2;
     }
     const auto scene = orvanta::import::SceneImporter::importFile(in);
     if (!scene) return fail(in, scene.error());
+    if (scene->triangleCount() == 0) {
+        std::fprintf(stderr, "%s: nothing to convert: the model has no triangles\n", in.c_str());
+        return 1;
+    }
 
-    std::vector<std::string> notes = unreadExtensions(QString::fromStdString(in));
+    std::vector<std::string> notes = unreadExtensions(arguments[0]);
     if (suffix == "usdz") {
-        const auto report = UsdzWriter::write(scene.value(), out, text ? UsdzWriter::Layer::text : UsdzWriter::Layer::crate);
+        const auto report = UsdzWriter::write(scene.value(), out, parser.isSet(text) ? UsdzWriter::Layer::text : UsdzWriter::Layer::crate);
         if (!report) return fail(out, report.error());
         notes.insert(notes.end(), report->notes.begin(), report->notes.end());
     } else {
@@ -82,8 +101,9 @@ int main(int argc, char** argv) {
         if (!report) return fail(out, report.error());
         notes.insert(notes.end(), report->notes.begin(), report->notes.end());
     }
-    std::printf("%s -> %s: %zu meshes, %zu materials, %zu textures\n", in.c_str(), out.c_str(), scene->meshes.size(),
-                scene->materials.size(), scene->textures.size());
+    std::printf("%s -> %s: %s, %s, %s\n", in.c_str(), out.c_str(), counted(scene->meshes.size(), "mesh", "meshes").c_str(),
+                counted(scene->materials.size(), "material", "materials").c_str(),
+                counted(scene->textures.size(), "texture", "textures").c_str());
     for (const std::string& note : notes) std::printf("  not carried over: %s\n", note.c_str());
     return 0;
 }

@@ -1,11 +1,13 @@
-// orvanta-inspect FILE...
+// orvanta-inspect FILE...   (--help, --version)
 // Imports each file the way the kit does (format sniffed from the bytes) and prints what it
 // holds: format, node, mesh, vertex, triangle, material and texture counts, the meshes with
 // vertex colours, a second coordinate set or tangents, bounds in metres, the time the import
 // took, and each material's inputs with their textures (channel, coordinate set, colour
-// space, wrap modes, transform, scale and bias), alpha mode, sidedness and shading. Exit status 0 when every file loads, 1 otherwise; each
-// failure is reported on standard error with its domain, code and message.
+// space, wrap modes, transform, scale and bias), alpha mode, sidedness and shading. Exit status
+// 0 when every file loads, 1 otherwise (each failure on standard error with its domain, code
+// and message), 2 without a file.
 
+#include "ToolCommandLine.h"
 #include "import/SceneImporter.h"
 
 #include <algorithm>
@@ -103,13 +105,20 @@ void printScene(const std::string& path, const ImportedScene& scene, double mill
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: %s FILE...\n", argv[0]);
+    QCoreApplication app(argc, argv);
+    QCommandLineParser parser;
+    orvanta::tools::ToolCommandLine::prepare(parser, "orvanta-inspect",
+                                             "Imports model files the way OrvantaARFoodSDK does and prints what they hold.");
+    parser.addPositionalArgument("FILE...", "USDZ, USDA, USDC, glTF, GLB or any other file the kit reads");
+    parser.process(app);
+    const QStringList files = parser.positionalArguments();
+    if (files.isEmpty()) {
+        std::fprintf(stderr, "usage: orvanta-inspect FILE...   (--help for more)\n");
         return 2;
     }
     int status = 0;
-    for (int i = 1; i < argc; ++i) {
-        const std::string path = argv[i];
+    for (const QString& file : files) {
+        const std::string path = file.toStdString();
         const auto start = std::chrono::steady_clock::now();
         const auto result = SceneImporter::importFile(path);
         const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - start;

@@ -1,21 +1,24 @@
-// orvanta-render MODEL OUT.png [--size WxH] [--ar] [--turn DEGREES]
+// orvanta-render MODEL OUT.png [--size WxH] [--ar] [--turn DEGREES]   (--help, --version)
 // Renders one model file, of any format the kit imports, to a PNG: by default as the 3D
 // viewer shows it (its own framing), with --ar placed on the simulated table as a guest sees
 // it after placement. --turn turns the model about its vertical axis first. It needs a
 // display with OpenGL (run it under `xvfb-run -a -s "-screen 0 1280x800x24"` on a machine
-// without one). Exit status 0 when the picture is written; 1 with the reason on standard
-// error when the model does not load, no OpenGL context can be made or the file cannot be
-// written; 2 for bad arguments.
+// without one); --help and --version need none. Exit status 0 when the picture is written; 1
+// with the reason on standard error when no display or OpenGL context is available, the
+// model does not load or has nothing to draw, or the file cannot be written; 2 for bad
+// arguments.
 
+#include "ToolCommandLine.h"
 #include "ar/ModelPicture.h"
 #include "core/Dispatch.h"
 #include "core/EventLoopScheduler.h"
+#include "render/GlSupport.h"
 
-#include <QCommandLineParser>
 #include <QGuiApplication>
 #include <QQuick3D>
 
 #include <cstdio>
+#include <optional>
 
 namespace {
 
@@ -42,28 +45,25 @@ int renderModel(const Options& options) {
     return 0;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
-    QGuiApplication app(argc, argv);
-    QSurfaceFormat::setDefaultFormat(QQuick3D::idealSurfaceFormat());
-    core::Dispatch::setMain(std::make_shared<core::EventLoopScheduler>(&app));
-
-    QCommandLineParser parser;
-    parser.setApplicationDescription("Renders a model file to a PNG as the kit shows it.");
-    parser.addHelpOption();
+// The command line. An option is declared here and read in readOptions.
+void declareOptions(QCommandLineParser& parser) {
+    tools::ToolCommandLine::prepare(parser, "orvanta-render",
+                                    "Renders a model file to a PNG as OrvantaARFoodSDK shows it. It needs a display with "
+                                    "OpenGL; without one, run it under xvfb-run -a -s \"-screen 0 1280x800x24\".");
     parser.addPositionalArgument("MODEL", "a USDZ, USDA, USDC, glTF or GLB file");
     parser.addPositionalArgument("OUT.png", "the picture to write");
     parser.addOption({"size", "picture size in pixels (default 1024x768)", "WxH"});
     parser.addOption({"ar", "place the model on the simulated table, as the AR view shows it"});
     parser.addOption({"turn", "turn the model about its vertical axis first", "DEGREES"});
-    parser.process(app);
+}
 
+// The options, or the reason the command line is wrong.
+std::optional<Options> readOptions(const QCommandLineParser& parser, std::string& wrong) {
     Options options;
     const QStringList positional = parser.positionalArguments();
     if (positional.size() != 2) {
-        std::fprintf(stderr, "%s\n", qPrintable(parser.helpText()));
-        return 2;
+        wrong = "a model file and a picture to write are needed (--help for more)";
+        return std::nullopt;
     }
     options.model = positional[0];
     options.output = positional[1];
@@ -71,15 +71,42 @@ int main(int argc, char** argv) {
     if (parser.isSet("size")) {
         const QStringList parts = parser.value("size").split('x');
         const int w = parts.size() == 2 ? parts[0].toInt() : 0, h = parts.size() == 2 ? parts[1].toInt() : 0;
-        if (w <= 0 || h <= 0) return fail("--size takes WIDTHxHEIGHT, for example 800x600"), 2;
+        if (w <= 0 || h <= 0) {
+            wrong = "--size takes WIDTHxHEIGHT, for example 800x600";
+            return std::nullopt;
+        }
         options.size = QSize(w, h);
     }
     if (parser.isSet("turn")) {
         bool ok = false;
         options.turnDegrees = parser.value("turn").toFloat(&ok);
-        if (!ok) return fail("--turn takes a number of degrees"), 2;
+        if (!ok) {
+            wrong = "--turn takes a number of degrees";
+            return std::nullopt;
+        }
     }
-    const int status = renderModel(options);
+    return options;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    // --help and --version answer without a display; drawing then says that there is none.
+    render::GlSupport::allowStartWithoutDisplay();
+    QGuiApplication app(argc, argv);
+    QSurfaceFormat::setDefaultFormat(QQuick3D::idealSurfaceFormat());
+
+    QCommandLineParser parser;
+    declareOptions(parser);
+    parser.process(app);
+    std::string wrong;
+    const std::optional<Options> options = readOptions(parser, wrong);
+    if (!options) return fail(wrong), 2;
+    if (!render::GlSupport::canCreateContext())
+        return fail("no display or OpenGL context is available: " + render::GlSupport::unavailableReason());
+
+    core::Dispatch::setMain(std::make_shared<core::EventLoopScheduler>(&app));
+    const int status = renderModel(*options);
     core::Dispatch::setMain(nullptr);
     return status;
 }

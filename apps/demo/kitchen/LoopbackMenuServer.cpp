@@ -101,17 +101,22 @@ void LoopbackMenuServer::serve(QTcpSocket* socket) {
     });
 }
 
+QString LoopbackMenuServer::pathOf(const QString& name) const {
+    if (const auto added = added_.find(name); added != added_.end()) return added->second;
+    const bool plainName = !name.isEmpty() && !name.contains('/') && !name.startsWith('.');
+    return plainName && !folder_.isEmpty() ? QDir(folder_).filePath(name) : QString();
+}
+
 void LoopbackMenuServer::respond(QTcpSocket* socket, const QByteArray& requestLine) {
     auto answer = std::make_shared<Answer>();
     const QList<QByteArray> parts = requestLine.split(' ');
     const QString target = parts.size() >= 2 ? QUrl::fromPercentEncoding(parts[1].split('?').first()) : QString();
-    const QString name = target.mid(1);
-    QFile file(QDir(folder_).filePath(name));
-    const bool plainName = target.startsWith('/') && !name.isEmpty() && !name.contains('/') && !name.startsWith('.');
+    const QString name = target.startsWith('/') ? target.mid(1) : QString();
+    QFile file(pathOf(name));
 
     if (parts.size() < 3 || parts[0] != "GET") {
         answer->bytes = head(405, "Method Not Allowed", "text/plain", 0);
-    } else if (!plainName || !file.open(QIODevice::ReadOnly)) {
+    } else if (file.fileName().isEmpty() || !file.open(QIODevice::ReadOnly)) {
         const QByteArray body = "no such file\n";
         answer->bytes = head(404, "Not Found", "text/plain", body.size()) + body;
     } else {

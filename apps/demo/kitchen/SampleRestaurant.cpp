@@ -32,11 +32,4 @@ Restaurant SampleRestaurant::restaurant(const QString& baseUrl) {
     return Restaurant(name, std::move(foods));
 }
 
-std::optional<QString> SampleRestaurant::modelFileOf(const QString& dishName) {
-    for (const DishRecipe& recipe : DishRecipes::all())
-        if (QString::fromStdString(recipe.name).compare(dishName, Qt::CaseInsensitive) == 0)
-            return QString::fromStdString(DishModels::menuModelName(recipe));
-    return std::nullopt;
-}
-
 } // namespace orvanta::demo

@@ -11,8 +11,6 @@
 
 #include <QString>
 
-#include <optional>
-
 namespace orvanta::demo {
 
 class SampleRestaurant {
@@ -26,8 +24,6 @@ public:
     static core::Result<QString> prepare(const QString& cacheRoot, bool withPictures = true);
     // The restaurant, its links under `baseUrl` (the server's, without a trailing '/').
     static Restaurant restaurant(const QString& baseUrl);
-    // The model file of the dish called `dishName` (case ignored), for making it fail.
-    static std::optional<QString> modelFileOf(const QString& dishName);
 };
 
 } // namespace orvanta::demo
