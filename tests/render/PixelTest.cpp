@@ -246,7 +246,8 @@ TEST(ARViewPixels, ThePlaneStyleSquareFillsGreenOnTheTable) {
 
 TEST(ARViewPixels, TheCoachingOverlayVeilsTheViewUntilThePlaneIsFound) {
     SKIP_WITHOUT_GL();
-    ARWindow ar(0.0f, 1.0);
+    // Long enough that the veil is still up when a loaded machine draws its first frame.
+    ARWindow ar(0.0f, 4.0);
     const auto overlay = ar.coordinator->coachingOverlay;
     const QImage coaching = ar.pictureWhen([&] { return overlay->isActive(); });
     const Region text = find(coaching, [](QRgb p) { return qGray(p) > 235; });
