@@ -112,7 +112,8 @@ FocusScope {
                 objectName: "topBar"
                 Layout.alignment: Qt.AlignHCenter
                 spacing: 0
-                visible: opacity > 0
+                // Takes taps from the moment it is shown, while it still fades in.
+                visible: screen.showsTopBar || opacity > 0
                 opacity: screen.showsTopBar ? 1 : 0
                 Behavior on opacity { DefaultFade {} }
 
@@ -169,7 +170,7 @@ FocusScope {
 
             Button {
                 objectName: "captureButton"
-                visible: opacity > 0
+                visible: screen.showsCaptureButton || opacity > 0
                 opacity: screen.showsCaptureButton ? 1 : 0
                 Behavior on opacity { DefaultFade {} }
                 Layout.alignment: Qt.AlignHCenter
