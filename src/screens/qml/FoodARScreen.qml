@@ -170,8 +170,11 @@ FocusScope {
 
             Button {
                 objectName: "captureButton"
-                visible: screen.showsCaptureButton || opacity > 0
+                // Keeps its place in the column while hidden, so it is where the guest sees
+                // it from the moment it shows; hidden, it takes no taps and is not announced.
                 opacity: screen.showsCaptureButton ? 1 : 0
+                enabled: screen.showsCaptureButton
+                Accessible.ignored: !screen.showsCaptureButton
                 Behavior on opacity { DefaultFade {} }
                 Layout.alignment: Qt.AlignHCenter
                 Layout.bottomMargin: Theme.padding
