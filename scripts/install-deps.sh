@@ -12,6 +12,7 @@ packages=(
   qml6-module-qtquick-window qml6-module-qtquick-templates qml6-module-qtqml-workerscript
   qml6-module-qtquick-shapes qml6-module-quick3d qml6-module-quick3d-helpers
   qml6-module-qt5compat-graphicaleffects qml6-module-qtquick-dialogs
+  fonts-material-design-icons-iconfont
   libassimp-dev liblz4-dev nlohmann-json3-dev libdraco-dev
   libgtest-dev libgmock-dev libbenchmark-dev zlib1g-dev
   xvfb xauth libgl1-mesa-dri mesa-utils time

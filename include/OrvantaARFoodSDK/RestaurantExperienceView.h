@@ -4,6 +4,10 @@
 // it in its own Qt Quick tree (it fills the size it is given) or lets the kit present it full
 // screen (RestaurantSDK::startRestaurantExperience).
 //
+// A view that no controller of the kit shows (the host placed it in its own window, or the
+// widget shows it) brings a window scene of its own while it is in a window, so that what the
+// kit presents (the share sheet) has a controller to come from, over the view's window.
+//
 // The client identifier is carried into the view and stored; nothing in the kit reads it.
 // Thread: main thread, with the application object made.
 
@@ -12,7 +16,13 @@
 #include <QQuickItem>
 #include <QString>
 
+#include <memory>
+
 namespace orvanta {
+
+namespace ui {
+class WindowScene;
+} // namespace ui
 
 class RestaurantExperienceView : public QQuickItem {
     Q_OBJECT
@@ -40,12 +50,15 @@ signals:
 
 protected:
     void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
+    void itemChange(ItemChange change, const ItemChangeData& value) override;
 
 private:
     Restaurant restaurant_;
     QString clientId_;
     QObject* container_ = nullptr; // Qt ownership: a child of this view
     QQuickItem* content_ = nullptr; // Qt ownership: a child of this view
+    // The scene of a view shown by no controller, with one window borrowing the view's.
+    std::unique_ptr<ui::WindowScene> ownScene_;
 };
 
 } // namespace orvanta

@@ -2,9 +2,11 @@
 
 namespace orvanta {
 
-ContentViewContainer::ContentViewContainer(Restaurant restaurant, QString clientId, QObject* parent)
-    : QObject(parent), restaurant_(std::move(restaurant)), clientId_(std::move(clientId)) {}
+ContentViewContainer::ContentViewContainer(FoodViewModel* foodVM, Restaurant restaurant, QString clientId,
+                                           QObject* parent)
+    : QObject(parent), foodVM_(foodVM ? foodVM : new FoodViewModel(this)), restaurant_(std::move(restaurant)),
+      clientId_(std::move(clientId)) {}
 
-void ContentViewContainer::appear() { foodVM_.setFoods(restaurant_.foods()); }
+void ContentViewContainer::appear() { foodVM_->setFoods(restaurant_.foods()); }
 
 } // namespace orvanta

@@ -1,6 +1,6 @@
 #pragma once
-// The menu screen's container: owns the menu state of one root view (made once, with the
-// view) and, each time the menu comes on screen, sets its dishes to the restaurant's. It
+// The menu screen's container: holds the menu state of one root view (made once, with the
+// view, unless the caller hands one in) and, each time the menu comes on screen, sets its dishes to the restaurant's. It
 // does not touch the reordered dishes or the selection.
 // Thread: main thread.
 
@@ -16,9 +16,13 @@ class ContentViewContainer : public QObject {
     Q_PROPERTY(orvanta::FoodViewModel* foodVM READ foodVM CONSTANT)
 
 public:
-    ContentViewContainer(Restaurant restaurant, QString clientId, QObject* parent = nullptr);
+    // `foodVM` null makes a new, empty one that this container owns; a given one stays the
+    // caller's and must outlive the container.
+    ContentViewContainer(FoodViewModel* foodVM, Restaurant restaurant, QString clientId, QObject* parent = nullptr);
+    ContentViewContainer(Restaurant restaurant, QString clientId, QObject* parent = nullptr)
+        : ContentViewContainer(nullptr, std::move(restaurant), std::move(clientId), parent) {}
 
-    FoodViewModel* foodVM() { return &foodVM_; }
+    FoodViewModel* foodVM() { return foodVM_; }
     const Restaurant& restaurant() const { return restaurant_; }
     void setRestaurant(Restaurant restaurant) { restaurant_ = std::move(restaurant); }
     const QString& clientId() const { return clientId_; }
@@ -28,7 +32,7 @@ public:
     Q_INVOKABLE void appear();
 
 private:
-    FoodViewModel foodVM_;
+    FoodViewModel* foodVM_; // Qt ownership when made here: a child of this container
     Restaurant restaurant_;
     QString clientId_;
 };

@@ -4,6 +4,8 @@
 #include "entry/ContentViewContainer.h"
 #include "screens/ScreensModule.h"
 #include <OrvantaARFoodSDK/ViewController.h>
+#include <OrvantaARFoodSDK/Window.h>
+#include <OrvantaARFoodSDK/WindowScene.h>
 
 #include <QQmlComponent>
 #include <QQmlEngine>
@@ -31,7 +33,10 @@ RestaurantExperienceView::RestaurantExperienceView(Restaurant restaurant, QStrin
     content_->setFocus(true);
 }
 
-RestaurantExperienceView::~RestaurantExperienceView() = default;
+RestaurantExperienceView::~RestaurantExperienceView() {
+    // The scene's root view leaves the window before this view's children go.
+    ownScene_.reset();
+}
 
 void RestaurantExperienceView::setRestaurant(Restaurant restaurant) {
     restaurant_ = restaurant;
@@ -53,6 +58,22 @@ void RestaurantExperienceView::dismiss() {
 void RestaurantExperienceView::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
     QQuickItem::geometryChange(newGeometry, oldGeometry);
     if (content_) content_->setSize(newGeometry.size());
+}
+
+void RestaurantExperienceView::itemChange(ItemChange change, const ItemChangeData& value) {
+    QQuickItem::itemChange(change, value);
+    if (change != ItemSceneChange) return;
+    ownScene_.reset();
+    // A controller that shows this view is already in a scene's window.
+    if (!value.window || ui::ViewController::owning(this)) return;
+    ownScene_ = std::make_unique<ui::WindowScene>();
+    auto* window = new ui::Window(ownScene_.get(), value.window); // the scene owns it
+    auto* root = new ui::ViewController;
+    window->setRootViewController(root); // the window owns it; its view is an empty item
+    // When what the root presented goes, the keyboard comes back to the kit's screens.
+    connect(root, &ui::ViewController::presentedViewControllerChanged, this, [this, root] {
+        if (!root->presentedViewController()) forceActiveFocus();
+    });
 }
 
 } // namespace orvanta

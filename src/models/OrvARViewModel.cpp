@@ -19,7 +19,11 @@ std::function<void(const core::Completion&)> completionHandler(std::weak_ptr<Orv
         if (auto self = weak.lock()) {
             self->setLoading(false);
             const QString description = QString::fromStdString(completion.failure->localizedDescription());
-            QMetaObject::invokeMethod(self.get(), [self, description] { emit self->loadFailed(description); }, Qt::QueuedConnection);
+            const QString domain = QString::fromStdString(completion.failure->domain());
+            const int code = completion.failure->code();
+            QMetaObject::invokeMethod(
+                self.get(), [self, description, domain, code] { emit self->loadFailed(description, domain, code); },
+                Qt::QueuedConnection);
         }
     };
 }

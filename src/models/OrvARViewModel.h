@@ -61,9 +61,9 @@ signals:
     void modelEntityChanged();
     void scnModelChanged();
     void loadingChanged();
-    // Beside the logged line, a failed load tells its error's message here, on the view
-    // model's own thread, so a screen can show it.
-    void loadFailed(const QString& description);
+    // Beside the logged line, a failed load tells its error's message, domain and code here,
+    // on the view model's own thread, so a screen can tell the guest what went wrong.
+    void loadFailed(const QString& description, const QString& domain, int code);
     // The running download moved on; emitted on the view model's own thread.
     void downloadProgressChanged();
 

@@ -18,9 +18,9 @@ constexpr float kFarPlane = 60.0f;
 } // namespace
 
 ARViewItem::ARViewItem(QQuickItem* parent)
-    : QQuickItem(parent), background_(new QQuickItem(this)), world_(new QQuick3DNode()),
-      coaching_(new CoachingOverlayItem(this)) {
-    const Viewport viewport = Viewport::make(this, QColor(38, 36, 34));
+    : QQuickItem(parent), picture_(new QQuickItem(this)), background_(new QQuickItem(picture_)),
+      world_(new QQuick3DNode()), coaching_(new CoachingOverlayItem(this)) {
+    const Viewport viewport = Viewport::make(picture_, QColor(38, 36, 34));
     viewport_ = viewport.view;
     camera_ = viewport.camera;
     setFlag(ItemHasContents, false);
@@ -65,7 +65,7 @@ void ARViewItem::setARView(std::shared_ptr<reality::ARView> view) {
         return;
     }
     view_->setFrameSize(size());
-    view_->setSnapshotRenderer(std::make_shared<ItemSnapshotRenderer>(this, viewport_));
+    view_->setSnapshotRenderer(std::make_shared<ItemSnapshotRenderer>(picture_, viewport_));
     frames_ = view_->session()->observeFrames([this](const arsession::ARFrame&) { syncFrame(); });
     syncFrame();
 }
@@ -98,7 +98,8 @@ void ARViewItem::syncFrame() {
 
 void ARViewItem::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
     QQuickItem::geometryChange(newGeometry, oldGeometry);
-    for (QQuickItem* layer : {background_, static_cast<QQuickItem*>(viewport_), static_cast<QQuickItem*>(coaching_)})
+    for (QQuickItem* layer :
+         {picture_, background_, static_cast<QQuickItem*>(viewport_), static_cast<QQuickItem*>(coaching_)})
         layer->setSize(newGeometry.size());
     if (view_) view_->setFrameSize(newGeometry.size());
 }

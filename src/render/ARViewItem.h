@@ -2,7 +2,9 @@
 // Shows an AR view: the camera picture (from its CameraFeed) behind the view's entity scene,
 // both drawn with the session camera's pose and field of view, so content stays fixed on
 // the table while the camera sways; the coaching overlay on top while it is active. Touches
-// and mouse drags on the item go to the view's gestures; its snapshots come from this item.
+// and mouse drags on the item go to the view's gestures. Its snapshots hold the camera
+// picture and the 3D view only: neither the coaching overlay nor anything a layout stacks
+// above the item.
 //
 // Every session frame brings the Quick 3D scene in line with the entity scene (see
 // EntitySceneBridge): nothing is rebuilt per frame.
@@ -64,6 +66,8 @@ private:
     void syncFrame();
     void forward(reality::TouchEvent::Phase phase, std::vector<QPointF> points);
 
+    // What snapshots show: the camera picture and, in front of it, the 3D view.
+    QQuickItem* picture_;
     QQuickItem* background_;
     QQuick3DViewport* viewport_ = nullptr;
     QQuick3DPerspectiveCamera* camera_ = nullptr;

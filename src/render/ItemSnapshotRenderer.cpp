@@ -3,6 +3,7 @@
 #include "render/GlSupport.h"
 
 #include <QCoreApplication>
+#include <QQuickItemGrabResult>
 #include <QQuickWindow>
 #include <QtQuick3D/private/qquick3dviewport_p.h>
 
@@ -19,20 +20,22 @@ void ItemSnapshotRenderer::renderSnapshot(const reality::ARView&, bool saveToHDR
 }
 
 std::optional<QImage> ItemSnapshotRenderer::grab(bool saveToHDR) const {
-    if (!item_ || !item_->window() || item_->width() <= 0 || item_->height() <= 0) return std::nullopt;
+    if (!item_ || !item_->window() || !item_->window()->isVisible() || item_->width() <= 0 || item_->height() <= 0)
+        return std::nullopt;
     QQuickWindow* window = item_->window();
+    const qreal ratio = window->effectiveDevicePixelRatio();
     const bool hdr = saveToHDR && viewport_ && GlSupport::hasHalfFloatTargets();
     const auto format = viewport_ ? viewport_->renderFormat() : QQuickShaderEffectSource::RGBA8;
     if (hdr) viewport_->setRenderFormat(QQuickShaderEffectSource::RGBA16F);
-    const QImage frame = window->grabWindow();
+    // The item's drawing is taken while the window draws its next frame; drawing one now,
+    // without showing it, makes that happen before this call returns.
+    const QSharedPointer<QQuickItemGrabResult> result =
+        item_->grabToImage(QSize(qRound(item_->width() * ratio), qRound(item_->height() * ratio)));
+    if (result) window->grabWindow();
     if (hdr) viewport_->setRenderFormat(format);
-    if (frame.isNull()) return std::nullopt;
+    if (!result || result->image().isNull()) return std::nullopt;
 
-    const qreal ratio = frame.devicePixelRatio();
-    const QRectF area = item_->mapRectToScene(item_->boundingRect());
-    const QRect pixels(qRound(area.x() * ratio), qRound(area.y() * ratio), qRound(area.width() * ratio),
-                       qRound(area.height() * ratio));
-    QImage image = frame.copy(pixels.intersected(frame.rect()));
+    QImage image = result->image();
     image.setDevicePixelRatio(ratio);
     if (hdr) image.convertTo(QImage::Format_RGBA16FPx4);
     return image;

@@ -19,6 +19,10 @@ using Classification = arsession::ARPlaneAnchor::Classification;
 constexpr float kSlabThickness = 0.03f; // table top, floor and wall slabs, metres
 constexpr float kLegSize = 0.05f;
 constexpr float kLegInset = 0.06f;
+// The floor and the wall are drawn this many times wider (and the wall taller) than the
+// surfaces the tracker finds, so the room fills the view at any aspect and the floor ends out
+// of sight behind the wall.
+constexpr float kRoomExtent = 6.0f;
 
 // A smooth value noise in [0, 1], deterministic.
 float noise(float x, float y) {
@@ -123,8 +127,8 @@ void SimulatedRoomFeed::attach(RenderResources& resources, QQuick3DNode* world, 
             }
             break;
         }
-        case Classification::wall: addBox(resources, world, slab, size, wall); break;
-        default: addBox(resources, world, slab, size, floor); break;
+        case Classification::wall: addBox(resources, world, slab, size * QVector3D(kRoomExtent, 1, kRoomExtent), wall); break;
+        default: addBox(resources, world, slab, size * QVector3D(kRoomExtent, 1, kRoomExtent), floor); break;
         }
     }
 

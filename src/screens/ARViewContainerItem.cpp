@@ -1,8 +1,14 @@
 #include "screens/ARViewContainerItem.h"
 
+#include "reality/ModelEntity.h"
+
 namespace orvanta {
 
-ARViewContainerItem::ARViewContainerItem(QQuickItem* parent) : render::ARViewItem(parent) {}
+ARViewContainerItem::ARViewContainerItem(QQuickItem* parent) : render::ARViewItem(parent) {
+    // Each frame's sync shows every enabled entity; the model is hidden again in the same
+    // turn, before the window draws, while its textures are still on their way.
+    connect(this, &render::ARViewItem::frameSynced, this, &ARViewContainerItem::hideModelWhileTexturesDecode);
+}
 
 void ARViewContainerItem::setScreen(FoodARView* screen) {
     assert(!screen_ && screen && "the AR view item is bound to one screen, once");
@@ -19,6 +25,12 @@ void ARViewContainerItem::setScreen(FoodARView* screen) {
 
 void ARViewContainerItem::modelChanged() {
     if (container_ && arView()) container_->updateUIView(arView(), context_);
+}
+
+void ARViewContainerItem::hideModelWhileTexturesDecode() {
+    if (texturesReady() || !screen_) return;
+    if (const auto& model = screen_->viewModel()->modelEntity())
+        if (QQuick3DNode* node = bridge().node(model.get())) node->setVisible(false);
 }
 
 } // namespace orvanta

@@ -4,18 +4,24 @@
 #include "core/Dispatch.h"
 #include "core/Log.h"
 #include "focus/FocusIndicator.h"
+#include "import/ImportError.h"
+#include "net/TransferError.h"
 
 namespace orvanta {
 
 FoodARView::FoodARView(QObject* parent) : FoodARView(nullptr, nullptr, nullptr, std::nullopt, true, parent) {}
 
-FoodARView::FoodARView(FoodViewModel* foodVM, std::shared_ptr<OrvARViewModel> viewModel, ImagePreview* imagePreview,
-                       std::optional<TrackingStateEnum> trackingState, bool showInsText, QObject* parent)
+FoodARView::FoodARView(std::optional<Food> selectedFood, std::shared_ptr<reality::ARView> arView, bool showInsText,
+                       std::shared_ptr<OrvARViewModel> viewModel, FoodViewModel* foodVM, ImagePreview* imagePreview,
+                       std::optional<TrackingStateEnum> trackingState, bool navigateToImagePreview, QObject* parent)
     : QObject(parent),
       viewModel_(viewModel ? std::move(viewModel) : OrvARViewModel::make()),
       imagePreview_(imagePreview ? imagePreview : new ImagePreview(this)),
+      selectedFood_(std::move(selectedFood)),
+      arView_(std::move(arView)),
       showInsText_(showInsText),
-      trackingState_(trackingState) {
+      trackingState_(trackingState),
+      navigateToImagePreview_(navigateToImagePreview) {
     connectViewModel();
     // Every input of the visibility table announces itself once more through one signal.
     for (auto signal : {&FoodARView::selectedModeChanged, &FoodARView::isModelLoadedChanged,
@@ -33,7 +39,10 @@ void FoodARView::connectViewModel() {
     // Queued: `loading` may be written on the HTTP client's thread; the screen hears it here.
     connect(model, &OrvARViewModel::loadingChanged, this, &FoodARView::loadingChanged, Qt::QueuedConnection);
     connect(model, &OrvARViewModel::downloadProgressChanged, this, &FoodARView::loadingChanged, Qt::QueuedConnection);
-    connect(model, &OrvARViewModel::loadFailed, this, &FoodARView::setLoadError, Qt::QueuedConnection);
+    connect(
+        model, &OrvARViewModel::loadFailed, this,
+        [this](const QString&, const QString& domain, int code) { setLoadError(guestMessage(domain, code)); },
+        Qt::QueuedConnection);
     // The model-change observation: a new entity is not placed yet.
     connect(model, &OrvARViewModel::modelEntityChanged, this, [this] {
         if (viewModel_->modelEntity()) setIsModelLoaded(false);
@@ -206,6 +215,20 @@ void FoodARView::loadModelForSelectedMode() {
     else
         viewModel_->loadScnModel(link);
     setIsModelLoaded(false);
+}
+
+QString FoodARView::guestMessage(const QString& domain, int code) {
+    // Transfers and writes into the cache fail for want of a connection or of space; a link
+    // that is no address, a missing file or one that cannot be opened is not there; the
+    // importers' other failures mean the file is there but broken.
+    if (domain == QLatin1String(net::transferErrorDomain) || domain == QLatin1String("FileWriteError"))
+        return tr("The dish could not be downloaded. Check the connection and try again.");
+    const bool missing = domain == QLatin1String("FileExistenceError") || domain == QLatin1String("InvalidURLError") ||
+                         code == 400 ||
+                         (domain == QLatin1String(import::importErrorDomain) &&
+                          code == static_cast<int>(import::ImportErrorCode::unreadableFile));
+    if (missing) return tr("This dish's file was not found.");
+    return tr("This dish's file is damaged and cannot be shown.");
 }
 
 void FoodARView::retryLoad() { loadModelForSelectedMode(); }

@@ -7,7 +7,7 @@
 //
 // Besides the state cells, the object offers what its layout needs to read: which elements
 // show (the `shows…` properties follow the visibility table exactly), the download's progress,
-// and a short message with a retry when a load failed. The view model's own properties and
+// and a short message a guest understands, with a retry, when a load failed. The view model's own properties and
 // log lines are untouched by those additions: a failure reaches the screen through
 // OrvARViewModel::loadFailed.
 //
@@ -85,9 +85,16 @@ public:
     // nothing loaded or captured. `viewModel` null makes one with the default network manager;
     // `imagePreview` null makes a new holder. Main thread.
     explicit FoodARView(QObject* parent = nullptr);
+    // Every input, in the screen's own order; the dismiss action is the dismissRequested signal.
+    FoodARView(std::optional<Food> selectedFood, std::shared_ptr<reality::ARView> arView, bool showInsText,
+               std::shared_ptr<OrvARViewModel> viewModel, FoodViewModel* foodVM, ImagePreview* imagePreview = nullptr,
+               std::optional<TrackingStateEnum> trackingState = std::nullopt, bool navigateToImagePreview = false,
+               QObject* parent = nullptr);
     FoodARView(FoodViewModel* foodVM, std::shared_ptr<OrvARViewModel> viewModel, ImagePreview* imagePreview = nullptr,
                std::optional<TrackingStateEnum> trackingState = std::nullopt, bool showInsText = true,
-               QObject* parent = nullptr);
+               QObject* parent = nullptr)
+        : FoodARView(std::nullopt, nullptr, showInsText, std::move(viewModel), foodVM, imagePreview, trackingState,
+                     false, parent) {}
     ~FoodARView() override;
 
     // --- state cells
@@ -144,8 +151,12 @@ public:
     bool showsThumbnail() const { return isPreviewVisible_ && capturedImage_.has_value(); }
     // How far the running download has got, 0 to 1; -1 while its size is unknown.
     double downloadFraction() const;
-    // The last load's failure, shown with a retry; empty when the last load did not fail.
+    // The last load's failure in words a guest understands (the dish could not be downloaded,
+    // its file was not found, or it is damaged), shown with a retry; empty when the last load
+    // did not fail. The technical message is in the view model's log line.
     QString loadError() const { return loadError_; }
+    // The guest's sentence for a failure of `domain` with `code`.
+    static QString guestMessage(const QString& domain, int code);
 
     // --- actions
     // The appear action: takes the menu's selection, schedules the one 5 s check that loads

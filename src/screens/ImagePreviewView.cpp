@@ -25,13 +25,30 @@ void ImagePreviewView::setImagePreview(ImagePreview* preview) {
 void ImagePreviewView::done() { emit dismissRequested(); }
 
 void ImagePreviewView::saveImageToPhotos() {
-    ui::PhotoAlbum::writeImage(imagePreview_ ? imagePreview_->image() : QImage());
+    QPointer<ImagePreviewView> weak(this);
+    ui::PhotoAlbum::writeImage(imagePreview_ ? imagePreview_->image() : QImage(), [weak](core::Result<QString> written) {
+        if (!weak) return;
+        if (written)
+            weak->setReport(true, tr("Saved to Photos."));
+        else
+            weak->setReport(false, tr("The photo could not be saved to Photos."));
+    });
     core::Log::print("Image saved to Photos!");
+}
+
+void ImagePreviewView::setReport(bool succeeded, const QString& sentence) {
+    report_ = sentence;
+    reportIsFailure_ = !succeeded;
+    emit reported();
 }
 
 void ImagePreviewView::shareImage() {
     const QImage image = imagePreview_ ? imagePreview_->image() : QImage();
     auto sheet = std::make_unique<ui::ActivityViewController>(std::vector<QVariant>{QVariant::fromValue(image)});
+    QPointer<ImagePreviewView> weak(this);
+    sheet->setReportHandler([weak](bool succeeded, const QString& sentence) {
+        if (weak) weak->setReport(succeeded, sentence);
+    });
     ui::ViewController* top = getTopViewController(ui::Application::shared());
     if (!top) return;
     top->present(sheet.release(), true); // the presenter owns what it presents

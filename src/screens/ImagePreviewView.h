@@ -4,7 +4,8 @@
 // the picture into the user's Pictures folder. ImagePreviewView.qml only lays it out.
 //
 // Saving prints "Image saved to Photos!" at once and unconditionally; the write runs off the
-// main thread and its outcome is not observed (there is deliberately no on-screen feedback).
+// main thread, and once it has ended the screen tells the guest in one short sentence whether
+// the photo was written. The share sheet's activities report the same way.
 // Thread: main thread.
 
 #include <OrvantaARFoodSDK/ImagePreview.h>
@@ -22,12 +23,17 @@ class ViewController;
 class ImagePreviewView : public QObject {
     Q_OBJECT
     Q_PROPERTY(orvanta::ImagePreview* imagePreview READ imagePreview WRITE setImagePreview NOTIFY imagePreviewChanged)
+    // The last outcome of a save or a share activity, for the guest; empty before the first.
+    Q_PROPERTY(QString report READ report NOTIFY reported)
+    Q_PROPERTY(bool reportIsFailure READ reportIsFailure NOTIFY reported)
 
 public:
     explicit ImagePreviewView(QObject* parent = nullptr);
 
     ImagePreview* imagePreview() const { return imagePreview_; }
     void setImagePreview(ImagePreview* preview);
+    const QString& report() const { return report_; }
+    bool reportIsFailure() const { return reportIsFailure_; }
 
     // "Done": asks to be dismissed (the navigation stack pops the preview).
     Q_INVOKABLE void done();
@@ -45,9 +51,15 @@ public:
 signals:
     void dismissRequested();
     void imagePreviewChanged();
+    // A save or a share activity has ended (also when it reports the same sentence again).
+    void reported();
 
 private:
+    void setReport(bool succeeded, const QString& sentence);
+
     QPointer<ImagePreview> imagePreview_;
+    QString report_;
+    bool reportIsFailure_ = false;
 };
 
 } // namespace orvanta

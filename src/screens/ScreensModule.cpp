@@ -9,7 +9,10 @@
 #include "screens/TapArea.h"
 #include "screens/ThreeDViewerItem.h"
 
+#include "core/Log.h"
+
 #include <QCoreApplication>
+#include <QFontDatabase>
 #include <QPointer>
 #include <QQmlEngine>
 
@@ -39,13 +42,21 @@ void registerTypes() {
     qmlRegisterUncreatableType<FoodCardsModel>(module, 1, 0, "FoodCardsModel", madeByTheKit);
 }
 
+// The symbols' font, from Debian's fonts-material-design-icons-iconfont.
+constexpr const char* iconFontPath = "/usr/share/fonts/truetype/material-design-icons-iconfont/MaterialIcons-Regular.ttf";
+
+void loadIconFont() {
+    if (QFontDatabase::addApplicationFont(QString::fromLatin1(iconFontPath)) < 0)
+        core::Log::print(std::string("The screens' symbols are missing: no icon font at ") + iconFontPath);
+}
+
 } // namespace
 
 QQmlEngine& ScreensModule::engine() {
     static QPointer<QQmlEngine> engine;
     if (!engine) {
         assert(QCoreApplication::instance() && "the kit's views need the application object");
-        static const bool registered = (initialiseScreenLayouts(), registerTypes(), true);
+        static const bool registered = (initialiseScreenLayouts(), registerTypes(), loadIconFont(), true);
         (void)registered;
         engine = new QQmlEngine(QCoreApplication::instance()); // Qt ownership: the application's child
         // Goes while the application still runs its events: the engine's picture loader

@@ -6,6 +6,7 @@
 #include <QClipboard>
 #include <QDesktopServices>
 #include <QDir>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QPointer>
 #include <QQmlComponent>
@@ -50,15 +51,19 @@ QString ActivityViewController::suggestedSavePath() const {
     return QDir(QStandardPaths::writableLocation(QStandardPaths::PicturesLocation)).filePath(QStringLiteral("Picture.png"));
 }
 
+void ActivityViewController::setReportHandler(ReportHandler handler) { report_ = std::move(handler); }
+
 void ActivityViewController::copyToClipboard() {
     QGuiApplication::clipboard()->setImage(image());
+    if (report_) report_(true, tr("Copied to the clipboard."));
     dismiss(true);
 }
 
 void ActivityViewController::saveAs(const QString& path) { saveAs(path, {}); }
 
 void ActivityViewController::saveAs(const QString& path, PngFile::Done done) {
-    finish("saved", [image = image(), path] { return PngFile::replace(image, path); }, std::move(done));
+    finish("saved", [image = image(), path] { return PngFile::replace(image, path); }, std::move(done),
+           tr("Saved as %1.").arg(QFileInfo(path).fileName()), tr("The photo could not be saved there."));
 }
 
 void ActivityViewController::openWith() { openWith({}); }
@@ -73,20 +78,25 @@ void ActivityViewController::openWith(PngFile::Done done) {
         if (!QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
             core::Log::print("No application opened the picture " + path.toStdString() + ".");
     };
-    finish("opened", std::move(write), std::move(done), std::move(open));
+    finish("opened", std::move(write), std::move(done), QString(), tr("The photo could not be opened."), std::move(open));
 }
 
 void ActivityViewController::cancel() { dismiss(true); }
 
 void ActivityViewController::finish(const char* activity, std::function<core::Result<QString>()> write,
-                                    PngFile::Done done, std::function<void(const QString&)> then) {
+                                    PngFile::Done done, QString confirmation, QString failure,
+                                    std::function<void(const QString&)> then) {
     // The sheet may be gone when the write ends, so the report holds nothing of it.
-    PngFile::inBackground(std::move(write), [activity, done = std::move(done), then = std::move(then)](
-                                                core::Result<QString> outcome) {
-        if (!outcome)
+    PngFile::inBackground(std::move(write), [activity, done = std::move(done), then = std::move(then), report = report_,
+                                             confirmation = std::move(confirmation),
+                                             failure = std::move(failure)](core::Result<QString> outcome) {
+        if (!outcome) {
             core::Log::print(std::string("The picture was not ") + activity + ": " + outcome.error().localizedDescription());
-        else if (then)
-            then(outcome.value());
+            if (report) report(false, failure);
+        } else {
+            if (then) then(outcome.value());
+            if (report && !confirmation.isEmpty()) report(true, confirmation);
+        }
         if (done) done(std::move(outcome));
     });
     dismiss(true);

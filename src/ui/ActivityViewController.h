@@ -5,7 +5,8 @@
 // PNG files) and "Cancel". Each activity works from the keyboard (Tab moves between them,
 // Return or Space runs one, Escape cancels) and is a C++ call too. After an activity the
 // sheet dismisses itself. Files are written off the main thread; a failure is reported as a
-// console line (and to the caller's `done`, when given).
+// console line (and to the caller's `done`, when given). What the guest is to read about the
+// outcome (a short confirmation, or that it failed) goes to the report handler, when set.
 // Thread: main thread, every method.
 
 #include "ui/PngFile.h"
@@ -13,6 +14,7 @@
 
 #include <QVariant>
 
+#include <functional>
 #include <vector>
 
 namespace orvanta::ui {
@@ -22,6 +24,10 @@ class ActivityViewController : public ViewController {
     Q_PROPERTY(QString suggestedSavePath READ suggestedSavePath CONSTANT)
 
 public:
+    // Receives a sentence for the guest once an activity has run: `succeeded` tells a
+    // confirmation from a failure.
+    using ReportHandler = std::function<void(bool succeeded, const QString& sentence)>;
+
     // Shares the first picture (QImage) among `activityItems`; with none, an empty picture.
     // Presents over full screen: the sheet's own view draws the dimmed backdrop and the card.
     // Main thread.
@@ -45,15 +51,18 @@ public:
     void openWith(PngFile::Done done);
     // Closes the sheet without an activity. Main thread.
     Q_INVOKABLE void cancel();
+    // Where the sheet reports its activities' outcomes; it may outlive the sheet. Main thread.
+    void setReportHandler(ReportHandler handler);
 
 protected:
     std::unique_ptr<QQuickItem> loadView() override;
 
 private:
     void finish(const char* activity, std::function<core::Result<QString>()> write, PngFile::Done done,
-                std::function<void(const QString&)> then = {});
+                QString confirmation, QString failure, std::function<void(const QString&)> then = {});
 
     std::vector<QVariant> items_;
+    ReportHandler report_;
 };
 
 } // namespace orvanta::ui

@@ -8,9 +8,16 @@
 #include <OrvantaARFoodSDK/WindowScene.h>
 
 #include <OrvantaARFoodSDK/OrvantaARParam.h>
+#include <OrvantaARFoodSDK/RestaurantExperienceWidget.h>
 #include <OrvantaARFoodSDK/RestaurantSDK.h>
+#include "screens/ImagePreviewView.h"
+#include "ui/ActivityViewController.h"
 
+#include <QAccessible>
+#include <QDir>
+#include <QFile>
 #include <QQuickWindow>
+#include <QStandardPaths>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -57,6 +64,17 @@ protected:
         QTest::mouseClick(&window_, Qt::LeftButton, {}, item.mapToScene(QPointF(item.width() / 2, item.height() / 2)).toPoint());
     }
 
+    // The texts shown on screen under `root`, in tree order.
+    static QStringList textsShown(QQuickItem& root) {
+        QStringList texts;
+        for (QQuickItem* child : root.childItems()) {
+            if (!child->isVisible() || child->opacity() == 0) continue;
+            if (child->inherits("QQuickText")) texts << child->property("text").toString();
+            texts << textsShown(*child);
+        }
+        return texts;
+    }
+
     QQuickWindow window_;
     std::unique_ptr<RestaurantExperienceView> view_;
 };
@@ -90,14 +108,14 @@ TEST_F(RestaurantExperienceTest, AClickOpensTheDishAndEscapeComesBackToTheMenu) 
     click(*third);
     const auto& foods = container->foodVM()->foods();
     EXPECT_EQ(container->foodVM()->rearrangedFoods(), (std::vector<Food>{foods[2], foods[0], foods[1], foods[3]}));
-    ASSERT_TRUE(eventually([&] { return stack->property("depth").toInt() == 2 && !stack->property("busy").toBool(); }));
     EXPECT_NE(find(*view, "arView"), nullptr) << "the dish screen opens in AR mode";
 
-    // The dish screen's mode control switches to the 3D viewer.
-    auto* threeD = find(*view, "mode3D");
-    ASSERT_NE(threeD, nullptr);
+    // The mode control switches to the 3D viewer, also when tapped the moment it shows.
+    QQuickItem* threeD = nullptr;
+    ASSERT_TRUE(eventually([&] { return (threeD = find(*view, "mode3D")) && threeD->width() > 0; }));
     click(*threeD);
     ASSERT_TRUE(eventually([&] { return find(*view, "threeDViewer") != nullptr; }));
+    EXPECT_EQ(container->foodVM()->selectedFood(), foods[2]);
 
     QTest::keyClick(&window_, Qt::Key_Escape);
     ASSERT_TRUE(eventually([&] { return stack->property("depth").toInt() == 1 && !stack->property("busy").toBool(); }));
@@ -130,6 +148,117 @@ TEST_F(RestaurantExperienceTest, TheExperiencePresentsFullScreenFromTheGivenCont
     ASSERT_TRUE(eventually([&] { return qFuzzyCompare(view->mapToScene({0, 0}).y() + 1, 1); })) << "slid into place";
     click(*back);
     ASSERT_TRUE(eventually([&] { return root->presentedViewController() == nullptr && presented.isNull(); }));
+}
+
+TEST_F(RestaurantExperienceTest, TheGuestReadsTheScreensWordsAndThePhotoShrinksToTheLowerLeft) {
+    QStandardPaths::setTestModeEnabled(true);
+    const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+    QDir(pictures).removeRecursively();
+    QFile blocker(pictures); // a file where the Pictures folder should be: saving fails
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+
+    for (const QSize size : {QSize(360, 640), QSize(1200, 760)}) {
+        SCOPED_TRACE(size.width());
+        window_.resize(size);
+        view_ = RestaurantSDK::shared().makeRestaurantView(fourDishes(), "client");
+        show(*view_);
+        auto* stack = find(*view_, "navigationStack");
+        QQuickItem* card = nullptr;
+        ASSERT_TRUE(eventually([&] { return (card = find(*view_, "card0")) && card->width() > 0; }));
+        for (const char* text : {"Our Menu", "Soup", "£4.50", "£3.00", "£10.00", "£0.00"})
+            EXPECT_TRUE(textsShown(*view_).contains(QString::fromUtf8(text))) << text;
+
+        click(*card);
+        QQuickItem* ar = nullptr;
+        ASSERT_TRUE(eventually([&] { return (ar = find(*view_, "arView")) && !stack->property("busy").toBool(); }));
+        EXPECT_TRUE(textsShown(*view_).contains("Aim at Your Table / Flat Surface"));
+
+        // The photo shows full size, then its centre settles 50 pt from the left and 100 pt
+        // above the bottom.
+        QObject* screen = ar->property("screen").value<QObject*>();
+        QMetaObject::invokeMethod(screen, "takeScreenshot");
+        QQuickItem* thumbnail = find(*view_, "thumbnail");
+        ASSERT_TRUE(eventually([&] { return thumbnail->isVisible() && qFuzzyCompare(thumbnail->scale(), 0.2); }));
+        const QPointF centre = thumbnail->mapToScene(QPointF(thumbnail->width() / 2, thumbnail->height() / 2));
+        EXPECT_NEAR(centre.x(), 50.0, 1.0);
+        EXPECT_NEAR(centre.y(), size.height() - 100.0, 1.0);
+
+        QTest::mouseClick(&window_, Qt::LeftButton, {}, centre.toPoint());
+        QQuickItem* save = nullptr;
+        ASSERT_TRUE(eventually([&] { return (save = find(*view_, "saveButton")) && !stack->property("busy").toBool(); }));
+        for (const char* text : {"Done", "Share", "Save to Photos"}) EXPECT_TRUE(textsShown(*view_).contains(text)) << text;
+
+        click(*save);
+        ASSERT_TRUE(eventually([&] { return textsShown(*view_).contains("The photo could not be saved to Photos."); }));
+        view_.reset();
+    }
+    QFile::remove(pictures);
+    QStandardPaths::setTestModeEnabled(false);
+}
+
+TEST_F(RestaurantExperienceTest, ScreenReadersHearEachDishOnceAsAButton) {
+    QAccessible::setActive(true);
+    const Restaurant pictured("Corner", {Food("Soup", "http://127.0.0.1:9/soup.png", "http://127.0.0.1:9/soup.usdz", 4.5),
+                                         Food("Cake", "", "http://127.0.0.1:9/cake.usdz", 3.0)});
+    view_ = RestaurantSDK::shared().makeRestaurantView(pictured, "client");
+    show(*view_);
+    QQuickItem* card = nullptr;
+    ASSERT_TRUE(eventually([&] { return (card = find(*view_, "card1")) && card->width() > 0; }));
+    for (const char* name : {"card0", "card1"}) {
+        QAccessibleInterface* button = QAccessible::queryAccessibleInterface(find(*view_, name));
+        ASSERT_NE(button, nullptr);
+        EXPECT_EQ(button->role(), QAccessible::Button);
+        EXPECT_EQ(button->text(QAccessible::Name), std::string(name) == "card0" ? "Soup, £4.50" : "Cake, £3.00");
+        // Nothing inside the button is read on its own: no picture, no label, no spinner.
+        EXPECT_EQ(button->childCount(), 0) << name;
+    }
+    // A card without a picture is only as tall as its name and price.
+    EXPECT_LT(find(*view_, "card1")->height(), 100);
+    EXPECT_GT(find(*view_, "card0")->height(), 150);
+}
+
+TEST_F(RestaurantExperienceTest, ShareOpensItsSheetOverTheKitInEveryWayAHostShowsIt) {
+    enum class Shown { embeddedItem, widget, fullScreen };
+    for (const Shown way : {Shown::embeddedItem, Shown::widget, Shown::fullScreen}) {
+        SCOPED_TRACE(int(way));
+        std::unique_ptr<RestaurantExperienceWidget> widget;
+        std::unique_ptr<ui::WindowScene> hostScene;
+        QQuickWindow* kitWindow = &window_;
+        if (way == Shown::embeddedItem) {
+            view_ = RestaurantSDK::shared().makeRestaurantView(fourDishes(), "client");
+            show(*view_);
+        } else if (way == Shown::widget) {
+            widget = std::make_unique<RestaurantExperienceWidget>(RestaurantSDK::shared().makeRestaurantView(fourDishes(), "client"));
+            widget->resize(400, 700);
+            widget->show();
+            kitWindow = widget->quickWindow();
+            ASSERT_TRUE(QTest::qWaitForWindowExposed(kitWindow));
+        } else {
+            hostScene = std::make_unique<ui::WindowScene>();
+            auto* root = new ui::ViewController;
+            (new ui::Window(hostScene.get(), &window_))->setRootViewController(root); // the scene owns both
+            window_.show();
+            ASSERT_TRUE(QTest::qWaitForWindowExposed(&window_));
+            RestaurantSDK::shared().startRestaurantExperience(fourDishes(), "client", root);
+        }
+
+        ImagePreview holder;
+        ImagePreviewView preview;
+        preview.setImagePreview(&holder);
+        preview.shareImage();
+        auto* sheet = qobject_cast<ui::ActivityViewController*>(
+            ImagePreviewView::getTopViewController(ui::Application::shared()));
+        ASSERT_NE(sheet, nullptr) << "no share sheet";
+        EXPECT_EQ(sheet->view()->window(), kitWindow);
+        ASSERT_TRUE(eventually([&] { return sheet->view()->isVisible() && sheet->view()->mapToScene({0, 0}).y() < kitWindow->height(); }));
+
+        view_.reset();
+        widget.reset();
+        hostScene.reset();
+        EXPECT_TRUE(ui::Application::shared().connectedScenes().empty()) << "the kit's own scene goes with its view";
+        window_.hide();
+    }
 }
 
 } // namespace

@@ -1,15 +1,15 @@
-// Entry of the GUI tests (rendering and controllers): a GUI application with OpenGL surfaces
+// Entry of the GUI tests (rendering and controllers): an application (widgets too) with OpenGL surfaces
 // for Quick 3D, the main queue served by its event loop, and a real background queue.
 #include "core/Dispatch.h"
 #include "core/EventLoopScheduler.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QQuick3D>
 #include <QTimer>
 #include <gtest/gtest.h>
 
 int main(int argc, char** argv) {
-    QGuiApplication app(argc, argv);
+    QApplication app(argc, argv);
     QSurfaceFormat::setDefaultFormat(QQuick3D::idealSurfaceFormat());
     testing::InitGoogleTest(&argc, argv);
     orvanta::core::Dispatch::setMain(std::make_shared<orvanta::core::EventLoopScheduler>(&app));

@@ -16,6 +16,8 @@
 
 #include <QGuiApplication>
 #include <QMouseEvent>
+#include <QPainter>
+#include <QQuickPaintedItem>
 #include <QQuickWindow>
 
 #include <gtest/gtest.h>
@@ -31,7 +33,19 @@ constexpr QSize kViewSize(640, 480);
 
 bool reddish(QRgb p) { return qRed(p) > 120 && qRed(p) > 2 * qGreen(p) && qRed(p) > 2 * qBlue(p); }
 bool amber(QRgb p) { return qRed(p) > 230 && qGreen(p) > 150 && qBlue(p) < 60; }
+bool magenta(QRgb p) { return qRed(p) > 200 && qBlue(p) > 200 && qGreen(p) < 60; }
 bool woody(QRgb p) { return qRed(p) > qGreen(p) + 20 && qGreen(p) > qBlue(p) + 15 && qBlue(p) < 140; }
+
+// A flat magenta item over part of a window, standing for a layout's controls.
+class MagentaCover : public QQuickPaintedItem {
+public:
+    MagentaCover(QQuickItem* parent, QRectF area) : QQuickPaintedItem(parent) {
+        setPosition(area.topLeft());
+        setSize(area.size());
+        setZ(10);
+    }
+    void paint(QPainter* painter) override { painter->fillRect(boundingRect(), QColor(255, 0, 255)); }
+};
 
 struct Region {
     int count = 0;
@@ -104,7 +118,7 @@ struct ARWindow {
     std::shared_ptr<ARViewContainer::Coordinator> coordinator;
     std::shared_ptr<reality::ARView> view;
 
-    explicit ARWindow(float sway, double initializing = 0.05)
+    explicit ARWindow(float sway, double initializing = 0.05, QSize size = kViewSize)
         : container(model, loaded, Binding<std::shared_ptr<reality::ARView>>::cell(nullptr),
                     Binding<std::optional<TrackingStateEnum>>::cell(std::nullopt), [sway, initializing] {
                         arsession::SimulatedWorld::Script script;
@@ -114,8 +128,8 @@ struct ARWindow {
                         script.swayAmplitude = sway;
                         return std::make_unique<arsession::SimulatedWorld>(script);
                     }) {
-        window.resize(kViewSize);
-        item->setSize(kViewSize);
+        window.resize(size);
+        item->setSize(size);
         window.show();
         coordinator = container.makeCoordinator();
         view = container.makeUIView({coordinator});
@@ -232,6 +246,20 @@ TEST(ARViewPixels, TheSquareThenThePlacedDishStayOnTheTableWhileTheCameraSways) 
     EXPECT_LT(QLineF(second.centroid - first.centroid, secondAnchor - firstAnchor).length(), 3.0);
 }
 
+TEST(ARViewPixels, TheRoomFillsWindowsOfEveryShape) {
+    SKIP_WITHOUT_GL();
+    for (const QSize size : {QSize(360, 640), QSize(1600, 1000)}) {
+        ARWindow ar(0.0f, 0.05, size);
+        const QImage room = ar.pictureWhen([&] { return ar.coordinator->focusIndicator->onPlane(); });
+        // Where the room ends the view's dark neutral clear colour shows; the room's darkest
+        // parts, the table's legs in shade, are brown.
+        const Region gaps = find(room, [](QRgb p) {
+            return qGray(p) < 60 && std::abs(qRed(p) - qGreen(p)) < 8 && std::abs(qGreen(p) - qBlue(p)) < 8;
+        });
+        EXPECT_LT(gaps.count, size.width() * size.height() / 1000) << size.width() << "x" << size.height();
+    }
+}
+
 TEST(ARViewPixels, ThePlaneStyleSquareFillsGreenOnTheTable) {
     SKIP_WITHOUT_GL();
     ARWindow ar(0.0f);
@@ -258,10 +286,15 @@ TEST(ARViewPixels, TheCoachingOverlayVeilsTheViewUntilThePlaneIsFound) {
     EXPECT_GT(find(found, woody).count, find(coaching, woody).count);
 }
 
-TEST(ARViewPixels, SnapshotsHaveTheViewsSizeAndAnHDRSnapshotHoldsFloats) {
+TEST(ARViewPixels, SnapshotsShowTheViewAloneAtItsSizeAndAnHDRSnapshotHoldsFloats) {
     SKIP_WITHOUT_GL();
     ARWindow ar(0.0f);
-    ar.pictureWhen([&] { return ar.coordinator->focusIndicator->onPlane(); });
+    auto dish = reality::ModelEntity::fromImportedScene(redBox(0.2f));
+    ar.place(dish);
+    ar.pictureWhen([&] { return ar.loaded.get() && dish->isActive(); });
+    // A control stacked over the dish: on screen, never in the photo.
+    MagentaCover cover(ar.window.contentItem(), QRectF(QPointF(kViewSize.width() / 4, kViewSize.height() / 4), kViewSize / 2));
+    EXPECT_GT(find(ar.window.grabWindow().convertToFormat(QImage::Format_RGB32), magenta).count, 1000);
     for (const bool hdr : {false, true}) {
         std::optional<QImage> image;
         bool delivered = false;
@@ -276,7 +309,10 @@ TEST(ARViewPixels, SnapshotsHaveTheViewsSizeAndAnHDRSnapshotHoldsFloats) {
         if (hdr && render::GlSupport::hasHalfFloatTargets()) {
             EXPECT_EQ(image->format(), QImage::Format_RGBA16FPx4);
         }
-        EXPECT_GT(find(image->convertToFormat(QImage::Format_RGB32), woody).count, kViewSize.width() * kViewSize.height() / 10);
+        const QImage rgb = image->convertToFormat(QImage::Format_RGB32);
+        EXPECT_GT(find(rgb, woody).count, kViewSize.width() * kViewSize.height() / 10);
+        EXPECT_GT(find(rgb, reddish).count, 100) << "the dish";
+        EXPECT_EQ(find(rgb, magenta).count, 0) << "the control above the view";
     }
 }
 

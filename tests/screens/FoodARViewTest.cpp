@@ -1,9 +1,16 @@
 #include "ScreenTestSupport.h"
 
 #include "reality/AnchorEntity.h"
+#include "reality/MeshResource.h"
 #include "reality/ModelEntity.h"
+#include "render/GlSupport.h"
+#include "scenegraph/SceneNodeBuilder.h"
 #include "screens/FoodARView.h"
+#include "screens/ThreeDViewerItem.h"
 #include "support/LogCapture.h"
+
+#include <QBuffer>
+#include <QQuickWindow>
 
 namespace orvanta::testing {
 namespace {
@@ -190,7 +197,7 @@ TEST_F(FoodARViewTest, AFailedLoadShowsItsErrorAndRetryLoadsAgain) {
     auto screen = openScreen(TrackingStateEnum::normal);
     main_->advance(5.0);
     deliverQueuedSignals();
-    EXPECT_FALSE(screen->loadError().isEmpty());
+    EXPECT_EQ(screen->loadError(), "This dish's file was not found.");
     EXPECT_FALSE(screen->showsProgress());
     // The view model's own report is unchanged.
     EXPECT_EQ(log.lines().back().rfind("Failed to load model: ", 0), 0u);
@@ -200,6 +207,90 @@ TEST_F(FoodARViewTest, AFailedLoadShowsItsErrorAndRetryLoadsAgain) {
     EXPECT_TRUE(screen->loadError().isEmpty());
     EXPECT_EQ(network_->entityLoads.size(), 2u);
     EXPECT_TRUE(screen->showsProgress());
+}
+
+// A box whose white material takes a green texture, as a scene node of the 3D viewer.
+std::shared_ptr<scenegraph::SceneNode> greenTexturedBox() {
+    QImage green(512, 512, QImage::Format_RGB32);
+    green.fill(QColor(20, 200, 40));
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    green.save(&buffer, "PNG");
+    auto scene = std::make_shared<import::ImportedScene>();
+    scene->meshes.push_back(reality::MeshResource::generateBox(0.3f, 0.15f, 0.3f)->mesh());
+    scene->textures.push_back(import::ImportedTexture{"green.png", png, nullptr});
+    import::ImportedMaterial material;
+    material.baseColorTexture = import::ImportedTextureRef{0};
+    scene->materials.push_back(material);
+    scene->meshes[0].subsets.front().material = 0;
+    import::ImportedNode root;
+    root.meshes = {0};
+    scene->nodes.push_back(root);
+    return scenegraph::SceneNodeBuilder::build(scene).rootNode;
+}
+
+TEST_F(FoodARViewTest, TheViewerUpdatesOnEveryBindingChangeAndShowsADishOnlyWithItsTexturesOnWhite) {
+    if (!render::GlSupport::canCreateContext()) GTEST_SKIP() << render::GlSupport::unavailableReason();
+    auto screen = openScreen(TrackingStateEnum::normal);
+    screen->setSelectedMode(FoodARView::Mode::ThreeD);
+    QQuickWindow window;
+    window.resize(320, 320);
+    auto* viewer = new ThreeDViewerItem(window.contentItem());
+    viewer->setSize(window.size());
+    window.show();
+    viewer->setScreen(screen.get());
+
+    LogCapture log;
+    screen->viewModel()->setScnModel(greenTexturedBox());
+    main_->runPending(); // the viewer adds the model a turn later and writes the placed flag...
+    main_->runPending(); // ...whose change runs the update again
+    const auto lines = log.lines();
+    EXPECT_EQ(std::count_if(lines.begin(), lines.end(), [](const std::string& l) { return l.rfind("Updating model: ", 0) == 0; }), 2);
+    EXPECT_TRUE(screen->isModelLoaded());
+
+    // Every frame from now on shows the white background alone or the box with its texture:
+    // never the box's plain white material, which light and shade turn grey.
+    const auto count = [](const QImage& image, auto match) {
+        int n = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x) n += match(image.pixel(x, y)) ? 1 : 0;
+        return n;
+    };
+    const auto grey = [](QRgb p) { return qGray(p) < 245 && std::abs(qRed(p) - qGreen(p)) < 12 && std::abs(qGreen(p) - qBlue(p)) < 12; };
+    const auto green = [](QRgb p) { return qGreen(p) > qRed(p) + 60 && qGreen(p) > qBlue(p) + 60; };
+    int greenPixels = 0;
+    for (int frame = 0; frame < 600 && greenPixels < 2000; ++frame) {
+        const QImage image = window.grabWindow().convertToFormat(QImage::Format_RGB32);
+        ASSERT_EQ(count(image, grey), 0) << "an untextured frame, " << frame;
+        EXPECT_EQ(image.pixel(2, 2), qRgb(255, 255, 255)) << "the background";
+        greenPixels = count(image, green);
+        QCoreApplication::processEvents();
+    }
+    EXPECT_GE(greenPixels, 2000) << "the textured dish never showed";
+}
+
+TEST_F(FoodARViewTest, FailuresAreToldInWordsAGuestUnderstands) {
+    const QString download = "The dish could not be downloaded. Check the connection and try again.";
+    const QString missing = "This dish's file was not found.";
+    const QString damaged = "This dish's file is damaged and cannot be shown.";
+    const struct {
+        const char* domain;
+        int code;
+        QString expected;
+    } cases[] = {
+        {"URLError", -1005, download},           // connection closed
+        {"URLError", -1001, download},           // timed out
+        {"FileWriteError", 28, download},        // no space for the download
+        {"FileExistenceError", 404, missing},
+        {"ModelImportError", 1, missing},        // cannot open the file
+        {"SceneKitError", 400, missing},         // the link is no address
+        {"InvalidURLError", 400, missing},
+        {"ModelImportError", 2, damaged},        // not a model format
+        {"ModelImportError", 3, damaged},        // truncated
+        {"SceneKitError", 500, damaged},
+    };
+    for (const auto& c : cases) EXPECT_EQ(FoodARView::guestMessage(c.domain, c.code), c.expected) << c.domain << " " << c.code;
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
+import Qt5Compat.GraphicalEffects
 import OrvantaARFoodSDK
 
 FocusScope {
@@ -14,6 +15,9 @@ FocusScope {
 
     function closeTopScreen() { screen.close() }
 
+    // What shows and hides with the mode control fades with the toolkit's default animation.
+    component DefaultFade: NumberAnimation { duration: Theme.defaultAnimationDuration; easing.type: Easing.InOutQuad }
+
     FoodARView {
         id: screen
         onDismissRequested: page.StackView.view.pop()
@@ -21,7 +25,9 @@ FocusScope {
             if (navigateToImagePreview) page.StackView.view.push(previewScreen)
         }
     }
-    StackView.onActivated: screen.appear()
+    // The appear action runs as the screen starts to slide in, so a tap during the slide
+    // already acts on the chosen dish.
+    StackView.onActivating: screen.appear()
     StackView.onRemoved: page.screenRemoved()
     focus: true
 
@@ -37,6 +43,8 @@ FocusScope {
         if ((event.key === Qt.Key_Space || event.key === Qt.Key_C) && screen.showsARView && screen.isModelLoaded) {
             screen.takeScreenshot()
         } else if (event.key === Qt.Key_Left || event.key === Qt.Key_Right) {
+            // The arrows move the keyboard into the dish strip.
+            strip.forceActiveFocus(Qt.TabFocusReason)
             if (event.key === Qt.Key_Left) strip.decrementCurrentIndex(); else strip.incrementCurrentIndex()
         } else if (event.key === Qt.Key_Return || event.key === Qt.Key_Enter) {
             screen.chooseDishAt(strip.currentIndex)
@@ -50,7 +58,10 @@ FocusScope {
     // A tap anywhere shows the mode control again; the controls and views inside still get it.
     TapArea {
         anchors.fill: parent
-        onTapped: screen.tap()
+        onTapped: {
+            screen.tap()
+            strip.focus = false // a pointer in use: the keyboard leaves the strip, its ring goes
+        }
 
         Rectangle { anchors.fill: parent; color: screen.shows3DViewer ? "white" : "black" }
 
@@ -101,9 +112,10 @@ FocusScope {
                 objectName: "topBar"
                 Layout.alignment: Qt.AlignHCenter
                 spacing: 0
-                visible: opacity > 0
+                // Takes taps from the moment it is shown, while it still fades in.
+                visible: screen.showsTopBar || opacity > 0
                 opacity: screen.showsTopBar ? 1 : 0
-                Behavior on opacity { NumberAnimation { duration: 250 } }
+                Behavior on opacity { DefaultFade {} }
 
                 SymbolButton {
                     objectName: "closeButton"
@@ -158,7 +170,12 @@ FocusScope {
 
             Button {
                 objectName: "captureButton"
-                visible: screen.showsCaptureButton
+                // Keeps its place in the column while hidden, so it is where the guest sees
+                // it from the moment it shows; hidden, it takes no taps and is not announced.
+                opacity: screen.showsCaptureButton ? 1 : 0
+                enabled: screen.showsCaptureButton
+                Accessible.ignored: !screen.showsCaptureButton
+                Behavior on opacity { DefaultFade {} }
                 Layout.alignment: Qt.AlignHCenter
                 Layout.bottomMargin: Theme.padding
                 Accessible.name: qsTr("Take a photo")
@@ -169,42 +186,55 @@ FocusScope {
                 onClicked: screen.takeScreenshot()
             }
 
-            ListView {
-                id: strip
-                objectName: "dishStrip"
+            // The dish strip: the 80 × 80 pictures on their grey tiles, in a strip with rounded
+            // corners; the keyboard's ring shows while the strip has the keyboard.
+            Item {
                 Layout.fillWidth: true
-                Layout.preferredHeight: 96
-                orientation: ListView.Horizontal
-                spacing: 8
-                clip: true
-                model: screen.dishes
-                currentIndex: screen.selectedFoodIndex
-                Accessible.role: Accessible.List
-                Accessible.name: qsTr("Dishes")
-                delegate: Rectangle {
-                    id: tile
-                    required property int index
-                    required property string name
-                    required property url picture
-                    required property bool selected
-                    width: 96
-                    height: 96
-                    radius: 8
-                    color: Qt.rgba(0.5, 0.5, 0.5, selected ? 0.7 : 0.3)
-                    border.width: strip.currentIndex === index && page.activeFocus ? 2 : 0
-                    border.color: Theme.focusRing
-                    objectName: "tile" + index
-                    Accessible.role: Accessible.Button
-                    Accessible.name: name
-                    Accessible.onPressAction: screen.chooseDishAt(index)
-                    RoundedPicture {
-                        anchors.centerIn: parent
+                Layout.preferredHeight: 80
+                layer.enabled: true
+                layer.effect: OpacityMask {
+                    maskSource: Rectangle { width: strip.width; height: strip.height; radius: 10 }
+                }
+                ListView {
+                    id: strip
+                    objectName: "dishStrip"
+                    anchors.fill: parent
+                    orientation: ListView.Horizontal
+                    spacing: 8
+                    model: screen.dishes
+                    currentIndex: screen.selectedFoodIndex
+                    keyNavigationEnabled: false
+                    Accessible.role: Accessible.List
+                    Accessible.name: qsTr("Dishes")
+                    delegate: Rectangle {
+                        id: tile
+                        required property int index
+                        required property string name
+                        required property url picture
+                        required property bool selected
                         width: 80
                         height: 80
-                        source: tile.picture
-                        fill: false
+                        radius: 8
+                        color: Qt.rgba(Theme.systemGray.r, Theme.systemGray.g, Theme.systemGray.b, selected ? 0.7 : 0.3)
+                        objectName: "tile" + index
+                        Accessible.role: Accessible.Button
+                        Accessible.name: name
+                        Accessible.onPressAction: screen.chooseDishAt(index)
+                        RoundedPicture {
+                            anchors.fill: parent
+                            source: tile.picture
+                            fill: false
+                        }
+                        Rectangle {
+                            anchors.fill: parent
+                            radius: 8
+                            color: "transparent"
+                            visible: strip.activeFocus && strip.currentIndex === tile.index
+                            border.width: 2
+                            border.color: Theme.focusRing
+                        }
+                        TapHandler { onTapped: screen.chooseDishAt(tile.index) }
                     }
-                    TapHandler { onTapped: screen.chooseDishAt(tile.index) }
                 }
             }
         }
@@ -256,10 +286,9 @@ FocusScope {
                 spacing: 10
                 Label {
                     width: parent.width
-                    text: qsTr("The dish could not be loaded.") + "\n" + screen.loadError
+                    objectName: "loadErrorText"
+                    text: screen.loadError
                     wrapMode: Text.Wrap
-                    maximumLineCount: 4
-                    elide: Text.ElideRight
                     horizontalAlignment: Text.AlignHCenter
                     color: Theme.primary
                 }
@@ -283,11 +312,20 @@ FocusScope {
         fill: true
         image: screen.capturedImage
         visible: opacity > 0
-        opacity: screen.showsThumbnail ? 1 : 0
         x: screen.previewOffset.width
         y: screen.previewOffset.height
         scale: screen.previewScale
-        Behavior on opacity { NumberAnimation { duration: 250 } }
+        // It comes full size at once (and then shrinks); it leaves with the default animation.
+        opacity: 0
+        states: State {
+            name: "shown"
+            when: screen.showsThumbnail
+            PropertyChanges { target: thumbnail; opacity: 1 }
+        }
+        transitions: Transition {
+            from: "shown"
+            DefaultFade { property: "opacity" }
+        }
         Behavior on scale { enabled: screen.previewAnimated; NumberAnimation { duration: 500; easing.type: Easing.InOutQuad } }
         Behavior on x { enabled: screen.previewAnimated; NumberAnimation { duration: 500; easing.type: Easing.InOutQuad } }
         Behavior on y { enabled: screen.previewAnimated; NumberAnimation { duration: 500; easing.type: Easing.InOutQuad } }

@@ -39,6 +39,7 @@ FocusScope {
             }
             Label {
                 text: barButton.caption
+                Accessible.ignored: true
                 topPadding: 1
                 font.pixelSize: Theme.caption2
                 color: Theme.focusRing
@@ -91,5 +92,46 @@ FocusScope {
             Layout.maximumHeight: paintedRect.width > 0 ? width * image.height / image.width : -1
         }
         Item { Layout.fillHeight: true }
+    }
+
+    // What a save or a share activity did, for a few seconds at the bottom.
+    Rectangle {
+        id: report
+        objectName: "report"
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: 2 * Theme.padding
+        width: Math.min(reportText.implicitWidth + 2 * Theme.padding, parent.width - 2 * Theme.padding)
+        height: reportText.implicitHeight + Theme.padding
+        radius: height / 2
+        color: preview.reportIsFailure ? "#e6b3261e" : "#e62c2c2e"
+        opacity: 0
+        visible: opacity > 0
+        Behavior on opacity { NumberAnimation { duration: Theme.defaultAnimationDuration; easing.type: Easing.InOutQuad } }
+        Accessible.role: Accessible.AlertMessage
+        Accessible.name: preview.report
+        Label {
+            id: reportText
+            anchors.centerIn: parent
+            width: Math.min(implicitWidth, report.parent.width - 4 * Theme.padding)
+            text: preview.report
+            color: "white"
+            font.pixelSize: Theme.subheadline
+            wrapMode: Text.Wrap
+            horizontalAlignment: Text.AlignHCenter
+            Accessible.ignored: true
+        }
+        Timer {
+            id: hideReport
+            interval: preview.reportIsFailure ? 4000 : 2500
+            onTriggered: report.opacity = 0
+        }
+        Connections {
+            target: preview
+            function onReported() {
+                report.opacity = 1
+                hideReport.restart()
+            }
+        }
     }
 }

@@ -1,4 +1,6 @@
-// A square button showing one symbol on the system grey, with rounded corners.
+// A square button showing one symbol on the system grey, with rounded corners. The symbol
+// carries the scale effect at all times (drawn a fifth larger than its frame); a press
+// darkens the grey.
 import QtQuick
 import QtQuick.Controls
 
@@ -15,12 +17,11 @@ Button {
         color: button.symbolColor
         implicitWidth: 20
         implicitHeight: 20
-        scale: button.down ? 0.85 : 1.0
-        Behavior on scale { NumberAnimation { duration: 120 } }
+        scale: Theme.symbolEffectScale
     }
     background: Rectangle {
         radius: 10
-        color: Theme.systemGray
+        color: button.down ? Qt.darker(Theme.systemGray, 1.2) : Theme.systemGray
         border.width: button.visualFocus ? 2 : 0
         border.color: Theme.focusRing
     }

@@ -14,4 +14,8 @@ QtObject {
     readonly property int body: 17
     readonly property int caption2: 11
     readonly property int padding: 16
+    // The toolkit's default animation: what shows and hides with it eases in and out together.
+    readonly property int defaultAnimationDuration: 350
+    // How much larger the scale symbol effect draws a symbol.
+    readonly property real symbolEffectScale: 1.2
 }
