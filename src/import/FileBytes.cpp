@@ -81,6 +81,8 @@ core::Result<std::shared_ptr<const FileBytes>> FileBytes::open(const std::string
         data = reinterpret_cast<std::uint8_t*>((reinterpret_cast<std::uintptr_t>(data) + kHugePage - 1) & ~(kHugePage - 1));
         ::madvise(data, size, MADV_HUGEPAGE); // advice only: without huge pages the read still works
     }
+    // The pages are made in one call rather than one fault at a time as the read fills them.
+    ::madvise(data, size, MADV_POPULATE_WRITE);
     std::size_t read = 0;
     while (read <= size) {
         const ssize_t got = ::read(fd.get(), data + read, size + 1 - read);

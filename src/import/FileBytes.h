@@ -8,9 +8,9 @@
 // thread touched a page that another writer had truncated away. A file that shrinks or grows
 // while it is being read fails to open instead; one rewritten in place at the same size is
 // read as whatever bytes were there, which the parsers then judge like any other input.
-// Files of 2 MiB or more are read into huge pages where the system offers them: one page
-// fault per 2 MiB instead of per 4 KiB is what makes the copy cheaper than faulting in a
-// mapping of the file.
+// The copy costs about as much as the mapping it replaces (docs/PERFORMANCE.md): its pages
+// are made in one call before the read fills them, huge pages where the system offers them
+// for files of 2 MiB or more, instead of one page fault per 4 KiB.
 // Thread: immutable after open(); any thread may read bytes() concurrently.
 
 #include "core/Result.h"
