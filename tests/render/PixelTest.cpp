@@ -330,7 +330,7 @@ TEST(ARViewPixels, ThePlaneStyleSquareFillsGreenOnTheTable) {
 
 TEST(ARViewPixels, TheCoachingOverlayVeilsTheViewUntilThePlaneIsFound) {
     SKIP_WITHOUT_GL();
-    ARWindow ar(0.0f, 1.0);
+    ARWindow ar(0.0f, 5.0); // long enough to be seen on a busy machine, whose first frames come late
     const auto overlay = ar.coordinator->coachingOverlay;
     const QImage coaching = ar.pictureWhen([&] { return overlay->isActive(); });
     const Region text = find(coaching, [](QRgb p) { return qGray(p) > 235; });
