@@ -14,7 +14,7 @@
 #include "export/ZipWriter.h"
 #include "import/SceneImporter.h"
 #include "import/usd/CrateReader.h"
-#include "import/usd/MappedFile.h"
+#include "import/FileBytes.h"
 #include "import/usd/UsdzArchive.h"
 
 #include <assimp/Importer.hpp>
@@ -339,7 +339,7 @@ void readCrateLayer(benchmark::State& state, const Locator& locate) {
         state.SkipWithError("input absent");
         return;
     }
-    const auto file = orvanta::import::usd::MappedFile::open(path->string());
+    const auto file = orvanta::import::FileBytes::open(path->string());
     if (!file) {
         state.SkipWithError(file.error().localizedDescription().c_str());
         return;

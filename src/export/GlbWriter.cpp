@@ -40,7 +40,12 @@ public:
 
         std::vector<aiMaterial*> materials;
         for (const ImportedMaterial& m : scene_.materials) materials.push_back(material(m));
-        materials.push_back(new aiMaterial());  // for subsets without a material
+        // A plain material for subsets without one, only when there are such subsets: the
+        // writer carries every material over, used or not.
+        const bool unbound = std::any_of(scene_.meshes.begin(), scene_.meshes.end(), [](const ImportedMesh& mesh) {
+            return std::any_of(mesh.subsets.begin(), mesh.subsets.end(), [](const ImportedSubset& s) { return s.material < 0; });
+        });
+        if (unbound || materials.empty()) materials.push_back(new aiMaterial());
         out->mNumMaterials = static_cast<unsigned>(materials.size());
         out->mMaterials = copyArray(materials);
 

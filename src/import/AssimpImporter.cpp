@@ -1,6 +1,8 @@
 #include "import/AssimpImporter.h"
 
+#include "import/FileBytes.h"
 #include "import/GltfLayoutCheck.h"
+#include "import/GltfZeroFill.h"
 #include "import/ImportError.h"
 
 #include <assimp/DefaultIOSystem.h>
@@ -281,6 +283,16 @@ std::string readerHint(const std::string& format, const QFileInfo& file) {
     return suffix == "glb" || suffix == "gltf" ? std::string() : suffix;
 }
 
+// Checks glTF `bytes` before the library reads them (see GltfLayoutCheck) and gives accessors
+// without a buffer view their zeros: `bytes` then views the rewritten file, kept in `storage`.
+std::optional<core::Error> prepareGltf(std::span<const std::uint8_t>& bytes, const QString& baseDir,
+                                       std::optional<QByteArray>& storage) {
+    if (auto error = GltfLayoutCheck::check(bytes, baseDir)) return error;
+    storage = GltfZeroFill::fill(bytes);
+    if (storage) bytes = {reinterpret_cast<const std::uint8_t*>(storage->constData()), std::size_t(storage->size())};
+    return std::nullopt;
+}
+
 core::Result<ImportedScene> convert(const Assimp::Importer& importer, const aiScene* scene, QString baseDir,
                                     std::string format) {
     if (!scene || !scene->mRootNode || (scene->mFlags & AI_SCENE_FLAGS_INCOMPLETE)) {
@@ -295,17 +307,15 @@ core::Result<ImportedScene> convert(const Assimp::Importer& importer, const aiSc
 
 core::Result<ImportedScene> AssimpImporter::importFile(const std::string& path, std::string formatName) {
     const QFileInfo info(QString::fromStdString(path));
-    QFile file(info.filePath());
-    if (!file.open(QIODevice::ReadOnly))
-        return importError(ImportErrorCode::unreadableFile, "Cannot open " + path + ": " + file.errorString().toStdString());
-    // The file is mapped once: the layout check and the import library read the same bytes,
+    // The file is read once: the layout check and the import library read the same bytes,
     // and the library is told the format instead of guessing it from the file's name.
-    uchar* mapped = file.size() > 0 ? file.map(0, file.size()) : nullptr;
-    if (!mapped)
-        return importError(ImportErrorCode::unreadableFile, "Cannot read " + path + ": " + file.errorString().toStdString());
-    const std::span<const std::uint8_t> bytes(mapped, static_cast<std::size_t>(file.size()));
+    auto file = FileBytes::open(path);
+    if (!file) return file.error();
+    if (file.value()->bytes().empty()) return importError(ImportErrorCode::unreadableFile, "Cannot read " + path + ": the file is empty");
+    std::span<const std::uint8_t> bytes = file.value()->bytes();
+    std::optional<QByteArray> zeroFilled;
     if (isGltf(formatName)) {
-        if (auto error = GltfLayoutCheck::check(bytes, info.absolutePath())) return *error;
+        if (auto error = prepareGltf(bytes, info.absolutePath(), zeroFilled)) return *error;
     }
     Assimp::Importer importer;
     importer.SetIOHandler(new FolderIOSystem(info.absolutePath().toStdString())); // Assimp ownership
@@ -315,8 +325,9 @@ core::Result<ImportedScene> AssimpImporter::importFile(const std::string& path, 
 }
 
 core::Result<ImportedScene> AssimpImporter::importBytes(std::span<const std::uint8_t> bytes, const std::string& extensionHint) {
+    std::optional<QByteArray> zeroFilled;
     if (isGltf(extensionHint)) {
-        if (auto error = GltfLayoutCheck::check(bytes, {})) return *error;
+        if (auto error = prepareGltf(bytes, {}, zeroFilled)) return *error;
     }
     Assimp::Importer importer;
     const aiScene* scene = importer.ReadFileFromMemory(bytes.data(), bytes.size(), postProcessing(extensionHint),

@@ -9,6 +9,7 @@
 #include <QJsonObject>
 #include <QUrl>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <variant>
@@ -57,10 +58,10 @@ qint64 componentsOf(const QString& type) {
     return 0;
 }
 
-// The GLB container: its JSON chunk and the length of its BIN chunk (-1 when absent).
+// The GLB container: its JSON chunk and its BIN chunk (absent in a JSON file or a GLB without one).
 struct GlbParts {
     std::span<const std::uint8_t> json;
-    qint64 binLength = -1;
+    std::optional<std::span<const std::uint8_t>> bin;
 };
 
 std::variant<GlbParts, core::Error> splitGlb(std::span<const std::uint8_t> bytes) {
@@ -81,7 +82,7 @@ std::variant<GlbParts, core::Error> splitGlb(std::span<const std::uint8_t> bytes
         const auto data = bytes.subspan(at + 8, length);
         if (first && type != chunkJson) return malformed("the first GLB chunk is not JSON");
         if (first) parts.json = data;
-        else if (type == chunkBin && parts.binLength < 0) parts.binLength = static_cast<qint64>(length);
+        else if (type == chunkBin && !parts.bin) parts.bin = data;
         first = false;
         at += 8 + length;
     }
@@ -91,9 +92,10 @@ std::variant<GlbParts, core::Error> splitGlb(std::span<const std::uint8_t> bytes
 
 // The number of bytes a buffer's URI or the GLB BIN chunk really provides; -1 when unknown
 // (an external file that cannot be found is reported by the reader itself).
-qint64 bufferBytes(const QJsonObject& buffer, std::size_t index, qint64 binLength, const QString& baseDir) {
+qint64 bufferBytes(const QJsonObject& buffer, std::size_t index, std::optional<std::span<const std::uint8_t>> bin,
+                   const QString& baseDir) {
     const QString uri = buffer.value(QLatin1String("uri")).toString();
-    if (uri.isEmpty()) return index == 0 && binLength >= 0 ? binLength : 0;
+    if (uri.isEmpty()) return index == 0 && bin ? static_cast<qint64>(bin->size()) : 0;
     if (uri.startsWith(QLatin1String("data:"))) {
         const qsizetype comma = uri.indexOf(QLatin1Char(','));
         if (comma < 0 || !uri.left(comma).endsWith(QLatin1String(";base64"))) return -1;
@@ -115,6 +117,48 @@ constexpr qint64 maxZeroFilledElements = qint64(1) << 24;
 constexpr qint64 minimumElements[] = {1, 2, 2, 2, 3, 3, 3};
 constexpr qint64 modeLineLoop = 2;
 
+// What a Draco mesh stream (KHR_draco_mesh_compression) says it decodes to: its face count,
+// and its point count when its connectivity is sequential. The reader sizes the decoded
+// indices and attributes by these and then reads as many elements as the accessors claim,
+// so an accessor claiming more must end here. Only the current bitstream (2.2) without
+// metadata is read; other streams are left to the reader's decoder, which checks them.
+struct DracoCounts {
+    std::uint64_t faces = 0;
+    std::optional<std::uint64_t> points;
+};
+
+std::optional<DracoCounts> dracoCounts(std::span<const std::uint8_t> stream) {
+    constexpr std::size_t header = 11; // "DRACO", version 2.2, encoder type, method, flags
+    if (stream.size() < header || std::memcmp(stream.data(), "DRACO", 5) != 0 || stream[5] != 2 || stream[6] != 2 ||
+        stream[7] != 1 || ((stream[9] | (stream[10] << 8)) & 0x8000))
+        return std::nullopt;
+    std::size_t at = header;
+    const auto varint = [&]() -> std::optional<std::uint64_t> {
+        std::uint64_t value = 0;
+        for (int shift = 0; shift < 35 && at < stream.size(); shift += 7) {
+            const std::uint8_t byte = stream[at++];
+            value |= std::uint64_t(byte & 0x7f) << shift;
+            if (!(byte & 0x80)) return value;
+        }
+        return std::nullopt;
+    };
+    DracoCounts counts;
+    if (stream[8] == 0) { // sequential: faces, points
+        const auto faces = varint(), points = varint();
+        if (!faces || !points) return std::nullopt;
+        counts.faces = *faces;
+        counts.points = points;
+    } else if (stream[8] == 1) { // edgebreaker: traversal type, encoded vertices, faces
+        ++at;
+        const auto vertices = varint(), faces = varint();
+        if (!vertices || !faces) return std::nullopt;
+        counts.faces = *faces;
+    } else {
+        return std::nullopt;
+    }
+    return counts;
+}
+
 // A buffer view's byteStride: absent (0), or 4 to 252 bytes in steps of 4; -1 otherwise.
 qint64 strideOf(const QJsonObject& view) {
     const qint64 stride = integer(view, "byteStride", 0);
@@ -122,14 +166,15 @@ qint64 strideOf(const QJsonObject& view) {
     return -1;
 }
 
-std::optional<core::Error> checkDocument(const QJsonObject& gltf, qint64 binLength, const QString& baseDir) {
+std::optional<core::Error> checkDocument(const QJsonObject& gltf, std::optional<std::span<const std::uint8_t>> bin,
+                                         const QString& baseDir) {
     const QJsonArray buffers = gltf.value(QLatin1String("buffers")).toArray();
     std::vector<qint64> bufferLengths;
     for (qsizetype i = 0; i < buffers.size(); ++i) {
         const QJsonObject buffer = buffers[i].toObject();
         const qint64 declared = integer(buffer, "byteLength", -1);
         if (declared < 0) return malformed("buffer " + std::to_string(i) + " has no valid byteLength");
-        const qint64 actual = bufferBytes(buffer, static_cast<std::size_t>(i), binLength, baseDir);
+        const qint64 actual = bufferBytes(buffer, static_cast<std::size_t>(i), bin, baseDir);
         if (actual >= 0 && declared > actual)
             return malformed("buffer " + std::to_string(i) + " declares " + std::to_string(declared) + " bytes but has " +
                              std::to_string(actual));
@@ -138,6 +183,8 @@ std::optional<core::Error> checkDocument(const QJsonObject& gltf, qint64 binLeng
 
     const QJsonArray views = gltf.value(QLatin1String("bufferViews")).toArray();
     std::vector<qint64> viewLengths;
+    // The bytes of each view that lies in the GLB's BIN chunk (empty for the others).
+    std::vector<std::span<const std::uint8_t>> viewBytes;
     for (qsizetype i = 0; i < views.size(); ++i) {
         const QJsonObject view = views[i].toObject();
         const qint64 buffer = integer(view, "buffer", -1);
@@ -149,6 +196,8 @@ std::optional<core::Error> checkDocument(const QJsonObject& gltf, qint64 binLeng
         if (strideOf(view) < 0)
             return malformed("buffer view " + std::to_string(i) + " has a byteStride that is not 4 to 252 in steps of 4");
         viewLengths.push_back(length);
+        const bool inBin = buffer == 0 && bin && !buffers[0].toObject().contains(QLatin1String("uri"));
+        viewBytes.push_back(inBin ? bin->subspan(std::size_t(offset), std::size_t(length)) : std::span<const std::uint8_t>());
     }
 
     // `count` items of `itemBytes` each, `stride` apart, from `offset` in view `view`.
@@ -163,8 +212,7 @@ std::optional<core::Error> checkDocument(const QJsonObject& gltf, qint64 binLeng
         const QJsonObject accessor = accessors[i].toObject();
         const std::string name = "accessor " + std::to_string(i);
         const qint64 count = integer(accessor, "count", -1);
-        const qint64 elementBytes = componentBytes(integer(accessor, "componentType", -1)) *
-                                    componentsOf(accessor.value(QLatin1String("type")).toString());
+        const qint64 elementBytes = GltfLayoutCheck::elementBytes(accessor);
         if (count < 1 || elementBytes == 0) return malformed(name + " has no valid count, componentType or type");
         if (accessor.contains(QLatin1String("bufferView"))) {
             const qint64 view = integer(accessor, "bufferView", -1);
@@ -196,6 +244,27 @@ std::optional<core::Error> checkDocument(const QJsonObject& gltf, qint64 binLeng
         const qint64 index = integer(holder, key, -1);
         return index >= 0 && index < accessors.size() ? accessors[index].toObject() : QJsonObject();
     };
+    // A compressed primitive's index and attribute accessors against what its stream decodes to.
+    const auto checkDracoCounts = [&](const QJsonObject& primitive, const std::string& name) -> std::optional<core::Error> {
+        const QJsonObject draco = primitive.value(QLatin1String("extensions")).toObject()
+                                      .value(QLatin1String("KHR_draco_mesh_compression")).toObject();
+        const qint64 view = integer(draco, "bufferView", -1);
+        if (draco.isEmpty() || view < 0 || view >= static_cast<qint64>(viewBytes.size())) return std::nullopt;
+        const auto counts = dracoCounts(viewBytes[std::size_t(view)]);
+        if (!counts) return std::nullopt;
+        const auto exceeds = [&](const QJsonObject& accessor, std::uint64_t decoded) {
+            return std::uint64_t(std::max<qint64>(integer(accessor, "count", 0), 0)) > decoded;
+        };
+        if (primitive.contains(QLatin1String("indices")) && exceeds(accessorAt(primitive, "indices"), counts->faces * 3))
+            return malformed(name + " claims more indices than its compressed mesh's " + std::to_string(counts->faces) + " faces hold");
+        const QJsonObject attributes = primitive.value(QLatin1String("attributes")).toObject();
+        const QJsonObject compressed = draco.value(QLatin1String("attributes")).toObject();
+        for (auto it = compressed.begin(); counts->points && it != compressed.end(); ++it)
+            if (exceeds(accessorAt(attributes, it.key().toLatin1().constData()), *counts->points))
+                return malformed(name + " claims more " + it.key().toStdString() + " values than its compressed mesh's " +
+                                 std::to_string(*counts->points) + " points");
+        return std::nullopt;
+    };
     const QJsonArray meshes = gltf.value(QLatin1String("meshes")).toArray();
     for (qsizetype m = 0; m < meshes.size(); ++m) {
         const QJsonArray primitives = meshes[m].toObject().value(QLatin1String("primitives")).toArray();
@@ -226,6 +295,7 @@ std::optional<core::Error> checkDocument(const QJsonObject& gltf, qint64 binLeng
                     return malformed(name + " has indices that are not an accessor of unsigned integers");
                 elements = integer(indices, "count", 0);
             }
+            if (auto error = checkDracoCounts(primitive, name)) return error;
             if (elements < minimumElements[mode])
                 return malformed(name + " has " + std::to_string(elements) + " elements, too few for one primitive of mode " +
                                  std::to_string(mode));
@@ -261,14 +331,18 @@ std::optional<core::Error> checkDocument(const QJsonObject& gltf, qint64 binLeng
 
 } // namespace
 
+qint64 GltfLayoutCheck::elementBytes(const QJsonObject& accessor) {
+    return componentBytes(integer(accessor, "componentType", -1)) * componentsOf(accessor.value(QLatin1String("type")).toString());
+}
+
 std::optional<core::Error> GltfLayoutCheck::check(std::span<const std::uint8_t> bytes, const QString& baseDir) {
     std::span<const std::uint8_t> json = bytes;
-    qint64 binLength = -1;
+    std::optional<std::span<const std::uint8_t>> bin;
     if (bytes.size() >= 4 && std::memcmp(bytes.data(), "glTF", 4) == 0) {
         auto parts = splitGlb(bytes);
         if (auto* error = std::get_if<core::Error>(&parts)) return *error;
         json = std::get<GlbParts>(parts).json;
-        binLength = std::get<GlbParts>(parts).binLength;
+        bin = std::get<GlbParts>(parts).bin;
     }
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(
@@ -277,7 +351,7 @@ std::optional<core::Error> GltfLayoutCheck::check(std::span<const std::uint8_t> 
         return malformed("the JSON cannot be read (" + parseError.errorString().toStdString() + " at byte " +
                          std::to_string(parseError.offset) + ")");
     if (!document.isObject()) return malformed("the JSON is not an object");
-    return checkDocument(document.object(), binLength, baseDir);
+    return checkDocument(document.object(), bin, baseDir);
 }
 
 } // namespace orvanta::import

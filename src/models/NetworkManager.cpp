@@ -8,8 +8,9 @@
 #include "models/ModelEntityLoader.h"
 #include "scenegraph/SceneSource.h"
 
-
 #include <filesystem>
+#include <mutex>
+#include <set>
 
 namespace orvanta {
 
@@ -37,6 +38,14 @@ core::Url moveIntoCache(const net::DownloadedFile& download, const core::Url& de
     return destination;
 }
 
+// True the first time this process asks about `directory`.
+bool firstUse(const std::string& directory) {
+    static std::mutex mutex;
+    static std::set<std::string> used;
+    std::lock_guard lock(mutex);
+    return used.insert(directory).second;
+}
+
 } // namespace
 
 NetworkManager::NetworkManager() : NetworkManager(net::HttpClient::shared()) {}
@@ -57,12 +66,14 @@ core::Publisher<core::Url> NetworkManager::downloadAndCacheModel(const core::Url
     auto local = getLocalFileURL(from);
     if (!local) return core::Fail<core::Url>(local.error());
     const core::Url destination = local.value();
+    const std::string cacheDirectory = std::filesystem::path(destination.path()).parent_path().string();
+    // Downloads cut short by the end of their process leave their part files behind.
+    if (firstUse(cacheDirectory)) session_->removeStalePartFiles(cacheDirectory);
     if (fileExists(destination)) {
         core::Log::print("File already exists locally: " + destination.path());
         return core::Just(destination);
     }
     // The response status is deliberately not examined: whatever body arrives is the model.
-    const std::string cacheDirectory = std::filesystem::path(destination.path()).parent_path().string();
     return session_->download(from, cacheDirectory, onProgress_).tryMap([destination](const net::DownloadedFile& download) {
         moveIntoCache(download, destination);
         core::Log::print("Downloaded and saved model to: " + destination.path());

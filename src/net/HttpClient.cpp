@@ -11,7 +11,9 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <mutex>
+#include <string_view>
 #include <optional>
 #include <vector>
 
@@ -27,17 +29,10 @@ core::Error tooLarge() {
     return TransferError::make(TransferErrorCode::dataLengthExceedsMaximum, "The resource exceeds the maximum size.");
 }
 
+// The hidden file a transfer writes into: ".download-XXXXXX.part" beside its destination.
+constexpr std::string_view kPartPrefix = ".download-", kPartSuffix = ".part";
+
 core::Error timedOut() { return TransferError::make(TransferErrorCode::timedOut, "The request timed out."); }
-
-std::mutex& defaultsMutex() {
-    static std::mutex mutex;
-    return mutex;
-}
-
-TransferLimits& defaults() {
-    static TransferLimits limits;
-    return limits;
-}
 
 // One transfer in flight: the reply's body, decoded, streams into a hidden file. Lives on
 // the client's worker thread.
@@ -173,16 +168,7 @@ HttpClient::~HttpClient() {
     manager_.release()->deleteLater();
 }
 
-void HttpClient::setDefaultLimits(const TransferLimits& limits) {
-    std::lock_guard lock(defaultsMutex());
-    defaults() = limits;
-}
-
-TransferLimits HttpClient::limits() const {
-    if (limits_) return *limits_;
-    std::lock_guard lock(defaultsMutex());
-    return defaults();
-}
+TransferLimits HttpClient::limits() const { return limits_ ? *limits_ : DownloadLimits::defaults(); }
 
 std::shared_ptr<HttpClient> HttpClient::shared() {
     static std::mutex mutex;
@@ -194,6 +180,22 @@ std::shared_ptr<HttpClient> HttpClient::shared() {
         instance = client;
     }
     return client;
+}
+
+int HttpClient::removeStalePartFiles(const std::string& directory) const {
+    namespace fs = std::filesystem;
+    const auto staleBefore = fs::file_time_type::clock::now() - limits().deadline;
+    int removed = 0;
+    std::error_code error;
+    for (const fs::directory_entry& entry : fs::directory_iterator(directory, error)) {
+        const std::string name = entry.path().filename().string();
+        if (!name.starts_with(kPartPrefix) || !name.ends_with(kPartSuffix) || !entry.is_regular_file(error) ||
+            entry.is_symlink(error))
+            continue;
+        const auto written = entry.last_write_time(error);
+        if (!error && written < staleBefore && fs::remove(entry.path(), error)) ++removed;
+    }
+    return removed;
 }
 
 core::Publisher<DownloadedFile> HttpClient::download(const core::Url& url, const std::string& directory,
@@ -214,7 +216,7 @@ void HttpClient::start(const core::Url& url, const std::string& directory,
         transfer->sink = sink;
         transfer->limits = limits;
         transfer->onProgress = onProgress;
-        transfer->file = std::make_shared<QTemporaryFile>(QString::fromStdString(directory + "/.download-XXXXXX.part"));
+        transfer->file = std::make_shared<QTemporaryFile>(QString::fromStdString(directory + "/" + std::string(kPartPrefix) + "XXXXXX" + std::string(kPartSuffix)));
         if (!transfer->file->open()) {
             sink->complete(core::Completion::failed(core::Error(
                 "FileWriteError", static_cast<int>(transfer->file->error()),
@@ -234,7 +236,7 @@ void HttpClient::start(const core::Url& url, const std::string& directory,
                 if (guard) guard->abort();
             });
         });
-        QTimer::singleShot(limits.resourceTimeout, reply, [reply, transfer] { transfer->end(*reply, timedOut()); });
+        QTimer::singleShot(limits.deadline, reply, [reply, transfer] { transfer->end(*reply, timedOut()); });
         QObject::connect(reply, &QNetworkReply::metaDataChanged, reply, [reply, transfer] { transfer->headArrived(*reply); });
         QObject::connect(reply, &QNetworkReply::readyRead, reply, [reply, transfer] { transfer->drain(*reply); });
         QObject::connect(reply, &QNetworkReply::finished, reply, [reply, transfer] {

@@ -21,8 +21,8 @@ namespace orvanta::net {
 
 class HttpClient {
 public:
-    // `limits`: this client's own; without them every transfer uses the process's default
-    // limits as they are when it starts.
+    // `limits`: this client's own; without them every transfer uses the default limits as
+    // they are when it starts (DownloadLimits::defaults()).
     explicit HttpClient(std::optional<TransferLimits> limits = std::nullopt);
     ~HttpClient();
     HttpClient(const HttpClient&) = delete;
@@ -30,9 +30,6 @@ public:
 
     // The process-wide client (made on first use), which uses the default limits.
     static std::shared_ptr<HttpClient> shared();
-    // Sets the limits of every client made without its own, for transfers started later.
-    // Thread: any.
-    static void setDefaultLimits(const TransferLimits& limits);
     TransferLimits limits() const;
 
     // A cold stream: each subscription makes one GET, writes the body (decoded when it came
@@ -42,6 +39,12 @@ public:
     // transfer. `onProgress`, when given, is told on the worker thread as body bytes arrive.
     core::Publisher<DownloadedFile> download(const core::Url& url, const std::string& directory,
                                              DownloadProgress::Handler onProgress = {}) const;
+
+    // Removes the hidden part files that transfers left in `directory` when their process
+    // ended in the middle of them: those last written longer ago than this client's deadline
+    // (a running transfer writes more recently, or has failed by then). Nothing else there is
+    // touched. Returns how many went. Thread: any.
+    int removeStalePartFiles(const std::string& directory) const;
 
     // The worker thread's queue (where results are delivered).
     const std::shared_ptr<core::EventLoopScheduler>& queue() const { return worker_; }

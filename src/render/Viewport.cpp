@@ -1,24 +1,32 @@
 #include "render/Viewport.h"
 
 #include <QQmlParserStatus>
+#include <QtQuick/private/qquickrectangle_p.h>
 #include <QtQuick3D/private/qquick3dperspectivecamera_p.h>
 #include <QtQuick3D/private/qquick3dsceneenvironment_p.h>
 #include <QtQuick3D/private/qquick3dviewport_p.h>
 
 namespace orvanta::render {
 
-Viewport Viewport::make(QQuickItem* parent, const QColor& clearColor) {
+Viewport Viewport::make(QQuickItem* parent, const QColor& background) {
+    // The background: a plain rectangle under every other child of `parent`, sized with it.
+    auto* backdrop = new QQuickRectangle(parent);
+    backdrop->setColor(background);
+    backdrop->setZ(-2);
+    const auto fit = [parent, backdrop] { backdrop->setSize(parent->size()); };
+    QObject::connect(parent, &QQuickItem::widthChanged, backdrop, fit);
+    QObject::connect(parent, &QQuickItem::heightChanged, backdrop, fit);
+    fit();
+
     auto* view = new QQuick3DViewport();
     auto* status = static_cast<QQmlParserStatus*>(view);
     status->classBegin();
     view->setParentItem(parent);
     view->setParent(parent);
+    view->setRenderMode(QQuick3DViewport::Inline);
 
     auto* environment = new QQuick3DSceneEnvironment(view->scene());
-    environment->setBackgroundMode(QQuick3DSceneEnvironment::QQuick3DEnvironmentBackgroundTypes::Color);
-    environment->setClearColor(clearColor);
-    environment->setAntialiasingMode(QQuick3DSceneEnvironment::QQuick3DEnvironmentAAModeValues::MSAA);
-    environment->setAntialiasingQuality(QQuick3DSceneEnvironment::QQuick3DEnvironmentAAQualityValues::Medium);
+    environment->setBackgroundMode(QQuick3DSceneEnvironment::QQuick3DEnvironmentBackgroundTypes::Transparent);
     view->setEnvironment(environment);
 
     auto* camera = new QQuick3DPerspectiveCamera();

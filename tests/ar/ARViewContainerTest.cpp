@@ -44,13 +44,14 @@ protected:
     Binding<std::shared_ptr<reality::ARView>> arView = Binding<std::shared_ptr<reality::ARView>>::cell();
     Binding<std::optional<TrackingStateEnum>> trackingState = Binding<std::optional<TrackingStateEnum>>::cell();
     arsession::SimulatedWorld::Script script;
+    std::vector<arsession::SimulatedWorld::Surface> room = arsession::SimulatedWorld::defaultRoom();
     orvanta::testing::LogCapture log;
     ARViewContainer::Context context;
     std::shared_ptr<reality::ARView> view;
 
     ARViewContainer container() {
         return ARViewContainer(modelEntity, isModelLoaded, arView, trackingState,
-                               [this] { return std::make_unique<arsession::SimulatedWorld>(script); });
+                               [this] { return std::make_unique<arsession::SimulatedWorld>(script, room); });
     }
     void show() {
         context.coordinator = container().makeCoordinator();
@@ -121,6 +122,24 @@ TEST_F(ARViewContainerTest, ModelIsAnchoredOnceALargeEnoughPlaneAppearsAndASecon
     ASSERT_EQ(view->scene().anchors().size(), 1u);
     EXPECT_EQ(second->parent(), view->scene().anchors()[0]);
     EXPECT_EQ(dish->parent(), nullptr); // its anchor left the scene, which alone held it
+}
+
+// The dish waits for a horizontal plane of at least 0.2 m × 0.2 m: a room whose only surface
+// is a table of the given size, seen at full size at once.
+TEST_F(ARViewContainerTest, TheDishTakesATableOfTwentyCentimetresOrMore) {
+    using Classification = arsession::ARPlaneAnchor::Classification;
+    const auto table = *std::find_if(room.begin(), room.end(), [](const auto& s) { return s.classification == Classification::table; });
+    script.initialPlaneSize = 1.0f;
+    for (const auto& [edge, takesIt] : {std::pair{0.3f, true}, std::pair{0.15f, false}}) {
+        SCOPED_TRACE(edge);
+        room = {table};
+        room[0].width = room[0].depth = edge;
+        show();
+        place(makeDish());
+        advance(3.0);
+        ASSERT_EQ(view->scene().anchors().size(), 1u);
+        EXPECT_EQ(view->scene().anchors()[0]->isAnchored(), takesIt);
+    }
 }
 
 TEST_F(ARViewContainerTest, SessionFailureResetsTheSessionAndClearsTheAnchors) {

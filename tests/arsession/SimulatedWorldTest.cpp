@@ -2,6 +2,8 @@
 // growth, and the three ray-cast targets with their alignment filter.
 #include "SessionTestSupport.h"
 
+#include "arsession/PlaneRaycast.h"
+
 #include <gtest/gtest.h>
 
 namespace orvanta::arsession {
@@ -112,6 +114,30 @@ TEST(SimulatedWorldTest, ExistingGeometryIsBoundedAndInfiniteIsNot) {
     ASSERT_EQ(geometry.size(), 2u); // table, then the floor
     EXPECT_EQ(geometry[0].anchor->classification, ARPlaneAnchor::Classification::table);
     EXPECT_EQ(geometry[1].anchor->classification, ARPlaneAnchor::Classification::floor);
+}
+
+// A plane's width bounds hits across it and its depth bounds hits along it: a narrow, deep
+// plane is hit beyond its half width along its depth but not across it, and a wide, shallow
+// one the other way round.
+TEST(SimulatedWorldTest, ExistingGeometryBoundsWidthAndDepthEachOnItsOwnAxis) {
+    ARPlaneAnchor narrowDeep;
+    narrowDeep.extent = QVector3D(0.2f, 0.0f, 1.0f);
+    ARPlaneAnchor wideShallow = narrowDeep;
+    wideShallow.extent = QVector3D(1.0f, 0.0f, 0.2f);
+    const struct {
+        const ARPlaneAnchor& plane;
+        float x, z;
+        bool hit;
+    } cases[] = {
+        {narrowDeep, 0.0f, 0.4f, true},  {narrowDeep, 0.4f, 0.0f, false},
+        {wideShallow, 0.4f, 0.0f, true}, {wideShallow, 0.0f, 0.4f, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.plane.extent.x() << " x " << c.plane.extent.z() << " at " << c.x << ", " << c.z);
+        std::vector<ARRaycastResult> results;
+        PlaneRaycast::existingPlanes(downAt(c.x, c.z, Target::existingPlaneGeometry), {c.plane}, results);
+        EXPECT_EQ(results.size(), c.hit ? 1u : 0u);
+    }
 }
 
 TEST(SimulatedWorldTest, AlignmentFilterKeepsOnlyMatchingSurfaces) {

@@ -1,5 +1,6 @@
 // The orvanta-convert command-line tool, run as a separate process: a GLB to USDZ (crate and
 // text) and back to GLB, the notes it prints, and its failures.
+#include "export/ZipWriter.h"
 #include "import/SceneImporter.h"
 #include "support/TestModels.h"
 #include "support/ToolRun.h"
@@ -61,6 +62,44 @@ TEST_F(ConvertToolTest, GlbBecomesUsdzOfEitherLayerAndComesBack) {
             EXPECT_TRUE(qFuzzyCompare(result->bounds().max, source->bounds().max));
         }
     }
+}
+
+// A package whose root layer references a layer holding the mesh and its one material: the
+// GLB carries the same triangles and the same one material (no unused extra).
+TEST_F(ConvertToolTest, AReferencedLayersMaterialsCarryOverOneForOne) {
+    const QString usdz = dir.filePath("nested.usdz"), back = dir.filePath("nested.glb");
+    exporter::ZipWriter zip;
+    zip.add("root.usda", "#usda 1.0\n( defaultPrim = \"Dish\" )\ndef Xform \"Dish\" ( references = @./plate.usda@ ) {}\n");
+    zip.add("plate.usda", R"(#usda 1.0
+( defaultPrim = "Plate" )
+def Xform "Plate" {
+    def Mesh "Surface" ( prepend apiSchemas = ["MaterialBindingAPI"] ) {
+        point3f[] points = [(0, 0, 0), (1, 0, 0), (0, 1, 0), (1, 1, 0)]
+        int[] faceVertexCounts = [3, 3]
+        int[] faceVertexIndices = [0, 1, 2, 2, 1, 3]
+        rel material:binding = </Plate/Glaze>
+    }
+    def Material "Glaze" {
+        token outputs:surface.connect = </Plate/Glaze/Surface.outputs:surface>
+        def Shader "Surface" {
+            uniform token info:id = "UsdPreviewSurface"
+            color3f inputs:diffuseColor = (0.8, 0.1, 0.1)
+            token outputs:surface
+        }
+    }
+}
+)");
+    const std::vector<std::uint8_t> bytes = zip.build();
+    testing::TestModels::write(usdz.toStdString(), QByteArray(reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size())));
+    const ToolRun run = convert({usdz, back});
+    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+    const auto source = import::SceneImporter::importFile(usdz.toStdString());
+    const auto result = import::SceneImporter::importFile(back.toStdString());
+    ASSERT_TRUE(source.ok() && result.ok());
+    EXPECT_EQ(drawnTriangles(result.value()), drawnTriangles(source.value()));
+    ASSERT_EQ(source->materials.size(), 1u);
+    ASSERT_EQ(result->materials.size(), 1u);
+    EXPECT_TRUE(qFuzzyCompare(result->materials[0].baseColorFactor, source->materials[0].baseColorFactor));
 }
 
 TEST_F(ConvertToolTest, ExtensionsTheKitDoesNotReadAreReported) {

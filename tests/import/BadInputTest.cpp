@@ -7,6 +7,8 @@
 #include "import/ImportError.h"
 #include "import/SceneImporter.h"
 #include "support/Corpus.h"
+#include "export/GlbWriter.h"
+#include "export/UsdzWriter.h"
 #include "export/ZipWriter.h"
 
 #include <gtest/gtest.h>
@@ -14,11 +16,16 @@
 
 #include <QTemporaryDir>
 
+#include <atomic>
 #include <chrono>
 #include <fstream>
 #include <future>
 #include <random>
+#include <thread>
 #include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace orvanta::import {
 namespace {
@@ -208,6 +215,45 @@ TEST(BadInputTest, ZipArchivesDeclaringHugeSizesEndInErrors) {
     // Deflated, declaring 4 GiB uncompressed.
     writeBytes(dir / "bomb-lying.usdz", zipWithEntry("dish.usdc", raw, 8, static_cast<std::uint32_t>(raw.size()), 0xffffffffu));
     EXPECT_FALSE(importSurvives(dir / "bomb-lying.usdz"));
+}
+
+// Model files that another writer cuts in half and writes back, again and again, while they
+// are loaded: every load ends with a scene or an import error, never with a signal.
+TEST(BadInputTest, FilesRewrittenInPlaceWhileTheyLoadEndInASceneOrAnError) {
+    QTemporaryDir temp;
+    ASSERT_TRUE(temp.isValid());
+    ImportedScene scene;
+    ImportedMesh grid;
+    constexpr std::uint32_t side = 300;
+    for (std::uint32_t i = 0; i < side * side; ++i) grid.positions.emplace_back(float(i % side), 0.0f, float(i / side));
+    for (std::uint32_t row = 0; row + 1 < side; ++row)
+        for (std::uint32_t col = 0; col + 1 < side; ++col) {
+            const std::uint32_t a = row * side + col;
+            grid.indices.insert(grid.indices.end(), {a, a + side, a + 1, a + 1, a + side, a + side + 1});
+        }
+    grid.subsets.push_back({0, std::uint32_t(grid.indices.size()), -1});
+    scene.meshes.push_back(std::move(grid));
+    scene.nodes.push_back(ImportedNode{.meshes = {0}});
+    const fs::path usdz = fs::path(temp.path().toStdString()) / "dish.usdz", glb = usdz.parent_path() / "dish.glb";
+    ASSERT_TRUE(exporter::UsdzWriter::write(scene, usdz.string(), exporter::UsdzWriter::Layer::crate));
+    ASSERT_TRUE(exporter::GlbWriter::write(scene, glb.string()));
+
+    for (const fs::path& path : {usdz, glb}) {
+        SCOPED_TRACE(path.string());
+        const Bytes whole = readBytes(path);
+        std::atomic<bool> loading = true;
+        std::thread writer([&] {
+            const int fd = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+            while (loading) {
+                EXPECT_EQ(::ftruncate(fd, off_t(whole.size() / 2)), 0);
+                EXPECT_EQ(::pwrite(fd, whole.data(), whole.size(), 0), ssize_t(whole.size()));
+            }
+            ::close(fd);
+        });
+        for (int load = 0; load < 100; ++load) importSurvives(path);
+        loading = false;
+        writer.join();
+    }
 }
 
 // Inputs the GLB fuzz target found crashing or hanging, minimised, fed in the same way.

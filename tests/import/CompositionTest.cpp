@@ -75,10 +75,13 @@ def Xform "SpecializesOnly" ( specializes = </_Special> ) {}
 def Xform "Specializes" ( specializes = </_Special> ) { double3 xformOp:translate = (2, 0, 0) }
 def Xform "InheritBeatsReference" ( inherits = </_Class>  references = </Referenced> ) {}
 def Xform "ReferenceBeatsSpecialize" ( specializes = </_Special>  references = </Referenced> ) {}
+class Xform "_Plate" { def Xform "Rim" { double3 xformOp:translate = (20, 0, 0)
+                                         uniform token[] xformOpOrder = ["xformOp:translate"] } }
+def Xform "Plate" ( specializes = </_Plate> ) { over "Rim" { double3 xformOp:translate = (3, 0, 0) } }
 )"}});
     const std::pair<const char*, float> cases[] = {
         {"Inherits", 1}, {"InheritsOnly", 10}, {"SpecializesOnly", 20}, {"Specializes", 2},
-        {"InheritBeatsReference", 10}, {"ReferenceBeatsSpecialize", 30},
+        {"InheritBeatsReference", 10}, {"ReferenceBeatsSpecialize", 30}, {"Rim", 3},
     };
     for (const auto& [name, x] : cases) EXPECT_EQ(xOf(scene, name), x) << name;
     EXPECT_EQ(nodeNamed(scene, "_Class"), nullptr);  // classes are not drawn

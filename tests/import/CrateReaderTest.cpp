@@ -6,7 +6,7 @@
 #include "import/ImportError.h"
 #include "import/usd/CrateLazyArrays.h"
 #include "import/usd/CrateReader.h"
-#include "import/usd/MappedFile.h"
+#include "import/FileBytes.h"
 #include "import/usd/UsdaParser.h"
 #include "import/usd/UsdzArchive.h"
 #include "support/Corpus.h"
@@ -459,7 +459,7 @@ TEST(CrateReaderCorpus, EveryCrateLayerReadsWithItsKnownContents) {
     for (const CorpusLayer& expected : layers) {
         SCOPED_TRACE(expected.file);
         ORVANTA_CORPUS_FILE(path, expected.file);
-        const auto file = MappedFile::open(path.string());
+        const auto file = FileBytes::open(path.string());
         ASSERT_TRUE(file.ok());
         std::span<const std::uint8_t> bytes = file.value()->bytes();
         std::optional<UsdzArchive> archive;
@@ -494,7 +494,7 @@ TEST(CrateReaderCorpus, EveryCrateLayerReadsWithItsKnownContents) {
 
 TEST(CrateReaderCorpus, OldestVersionKeepsTimeSampledGeometry) {
     ORVANTA_CORPUS_FILE(path, "usdc/crate-0.4.0_top.geom.usd");
-    const auto file = MappedFile::open(path.string());
+    const auto file = FileBytes::open(path.string());
     const auto result = CrateReader::read(file.value()->bytes(), "top.geom.usd");
     ASSERT_TRUE(result.ok()) << result.error().localizedDescription();
     EXPECT_EQ(field<Token>(result.value(), "/", "upAxis").text, "Z");
@@ -534,13 +534,13 @@ bool sameValue(const Value& a, const Value& b) {
 TEST(CrateReaderCorpus, CrateAndTextLayersOfOneSceneAgree) {
     ORVANTA_CORPUS_FILE(packagePath, "usdz/TextureTransformTest.usdz");
     ORVANTA_CORPUS_FILE(cratePath, "usdc/crate-0.8.0_TextureTransformTest.usdc");
-    const auto package = MappedFile::open(packagePath.string());
+    const auto package = FileBytes::open(packagePath.string());
     const auto archive = UsdzArchive::open(package.value()->bytes(), package.value());
     ASSERT_TRUE(archive.ok());
     const UsdzEntry& entry = archive->entries().front();
     const auto text = UsdaParser::parse({reinterpret_cast<const char*>(entry.data.data()), entry.data.size()}, entry.path);
     ASSERT_TRUE(text.ok()) << text.error().localizedDescription();
-    const auto crateFile = MappedFile::open(cratePath.string());
+    const auto crateFile = FileBytes::open(cratePath.string());
     const auto crate = CrateReader::read(crateFile.value()->bytes(), "TextureTransformTest.usdc");
     ASSERT_TRUE(crate.ok()) << crate.error().localizedDescription();
 
@@ -562,7 +562,7 @@ TEST(CrateReaderCorpus, CrateAndTextLayersOfOneSceneAgree) {
 
 TEST(CrateReaderCorpus, CorruptLayerIsRefused) {
     ORVANTA_CORPUS_FILE(path, "usdc/crate-bad_corrupt.usd");
-    const auto file = MappedFile::open(path.string());
+    const auto file = FileBytes::open(path.string());
     testing::expectImportError(CrateReader::read(file.value()->bytes(), "corrupt.usd"), ImportErrorCode::malformedData,
                 "USDC layer corrupt.usd: ");
 }
@@ -572,7 +572,7 @@ TEST(CrateReaderCorpus, TruncatedAndBitFlippedCopiesFailCleanly) {
                              "usdc/crate-0.8.0_TextureTransformTest.usdc", "usdc/crate-0.9.0_model.usdc"}) {
         SCOPED_TRACE(name);
         ORVANTA_CORPUS_FILE(path, name);
-        const auto file = MappedFile::open(path.string());
+        const auto file = FileBytes::open(path.string());
         const Bytes good(file.value()->bytes().begin(), file.value()->bytes().end());
         // The table of contents sits at the end, so every cut copy must be refused.
         for (std::size_t length = 0; length < good.size(); length += 1 + length / 32) {

@@ -323,6 +323,117 @@ TEST(GltfImportTest, DeclarationsThatMisleadTheReaderAreRejected) {
     expectRefused(QJsonDocument(zeros).toJson(), ImportErrorCode::limitExceeded, "accessor 1 declares 33554432 elements");
 }
 
+// An accessor without a buffer view reads as zeros, with any sparse values written on top:
+// texture coordinates left all zero, and positions whose two non-zero vertices come sparsely.
+TEST(GltfImportTest, AccessorsWithoutABufferViewReadAsZerosUnderTheirSparseValues) {
+    QJsonObject gltf = QJsonDocument::fromJson(gltfWithDataUris({})).object();
+    const quint16 sparseIndices[2] = {1, 2};
+    const float sparseValues[6] = {0.2f, 0, 0, 0, 0.3f, 0};
+    QByteArray sparse(reinterpret_cast<const char*>(sparseIndices), sizeof sparseIndices);
+    sparse.append(reinterpret_cast<const char*>(sparseValues), sizeof sparseValues);
+    QJsonArray buffers = gltf["buffers"].toArray(), views = gltf["bufferViews"].toArray(), accessors = gltf["accessors"].toArray();
+    buffers.append(QJsonObject{{"byteLength", sparse.size()},
+                               {"uri", "data:application/octet-stream;base64," + QString::fromLatin1(sparse.toBase64())}});
+    views.append(QJsonObject{{"buffer", 1}, {"byteLength", 4}});
+    views.append(QJsonObject{{"buffer", 1}, {"byteOffset", 4}, {"byteLength", 24}});
+    QJsonObject positions = accessors[0].toObject(), texCoords = accessors[1].toObject();
+    positions.remove("bufferView");
+    positions["sparse"] = QJsonObject{{"count", 2},
+                                      {"indices", QJsonObject{{"bufferView", 3}, {"componentType", 5123}}},
+                                      {"values", QJsonObject{{"bufferView", 4}}}};
+    texCoords.remove("bufferView");
+    accessors[0] = positions;
+    accessors[1] = texCoords;
+    gltf["buffers"] = buffers;
+    gltf["bufferViews"] = views;
+    gltf["accessors"] = accessors;
+    const QByteArray json = QJsonDocument(gltf).toJson(QJsonDocument::Compact);
+    // The same document as a GLB, its first buffer in the binary chunk.
+    QJsonObject first = buffers[0].toObject();
+    QByteArray bin = QByteArray::fromBase64(first.take("uri").toString().section(',', 1).toLatin1());
+    bin.append((4 - bin.size() % 4) % 4, '\0');
+    buffers[0] = first;
+    gltf["buffers"] = buffers;
+    QByteArray chunk = QJsonDocument(gltf).toJson(QJsonDocument::Compact);
+    chunk.append((4 - chunk.size() % 4) % 4, ' ');
+    const auto word = [](quint32 v) { return QByteArray(reinterpret_cast<const char*>(&v), 4); };
+    const QByteArray glb = "glTF" + word(2) + word(quint32(28 + chunk.size() + bin.size())) + word(quint32(chunk.size())) +
+                           "JSON" + chunk + word(quint32(bin.size())) + QByteArray("BIN\0", 4) + bin;
+
+    for (const auto& [bytes, hint] : {std::pair{json, "gltf"}, std::pair{glb, "glb"}}) {
+        SCOPED_TRACE(hint);
+        const auto result = importGltfBytes(bytes, hint);
+        ASSERT_TRUE(result) << result.error().description();
+        const ImportedMesh& mesh = result->meshes.at(0);
+        ASSERT_EQ(mesh.positions.size(), 3u);
+        expectNear(mesh.positions[0], {0, 0, 0});
+        expectNear(mesh.positions[1], {0.2f, 0, 0});
+        expectNear(mesh.positions[2], {0, 0.3f, 0});
+        ASSERT_EQ(mesh.texCoords.size(), 3u);
+        // Zeros in glTF's top-left texture space, which the import turns bottom-left.
+        for (const QVector2D& uv : mesh.texCoords) EXPECT_EQ(uv, QVector2D(0, 1));
+    }
+}
+
+// A GLB of one Draco-compressed triangle made by hand (sequential connectivity, raw float
+// positions), its accessors claiming `indices` indices and `positions` positions.
+QByteArray dracoTriangleGlb(int indices, int positions) {
+    QByteArray stream("DRACO\x02\x02\x01\x00\x00\x00", 11);      // version 2.2, mesh, sequential, no flags
+    stream.append("\x01\x03\x01\x00\x01\x02", 6);                   // 1 face, 3 points, raw indices 0 1 2
+    stream.append("\x01\x01\x00\x09\x03\x00\x00\x00", 8);         // 1 decoder: POSITION, float x 3, raw values
+    const float points[9] = {0, 0, 0, 0.2f, 0, 0, 0, 0.3f, 0};
+    stream.append(reinterpret_cast<const char*>(points), sizeof points);
+    QByteArray bin = stream;
+    bin.append((4 - bin.size() % 4) % 4, '\0');
+    const QJsonObject draco{{"bufferView", 0}, {"attributes", QJsonObject{{"POSITION", 0}}}};
+    const QJsonObject gltf{
+        {"asset", QJsonObject{{"version", "2.0"}}},
+        {"extensionsUsed", QJsonArray{"KHR_draco_mesh_compression"}},
+        {"scene", 0},
+        {"scenes", QJsonArray{QJsonObject{{"nodes", QJsonArray{0}}}}},
+        {"nodes", QJsonArray{QJsonObject{{"mesh", 0}}}},
+        {"meshes", QJsonArray{QJsonObject{{"primitives", QJsonArray{QJsonObject{
+                       {"attributes", QJsonObject{{"POSITION", 1}}}, {"indices", 0},
+                       {"extensions", QJsonObject{{"KHR_draco_mesh_compression", draco}}}}}}}}},
+        {"buffers", QJsonArray{QJsonObject{{"byteLength", bin.size()}}}},
+        {"bufferViews", QJsonArray{QJsonObject{{"buffer", 0}, {"byteLength", stream.size()}}}},
+        {"accessors", QJsonArray{QJsonObject{{"componentType", 5121}, {"count", indices}, {"type", "SCALAR"}},
+                                 QJsonObject{{"componentType", 5126}, {"count", positions}, {"type", "VEC3"},
+                                             {"min", QJsonArray{0, 0, 0}}, {"max", QJsonArray{0.2, 0.3, 0}}}}},
+    };
+    QByteArray json = QJsonDocument(gltf).toJson(QJsonDocument::Compact);
+    json.append((4 - json.size() % 4) % 4, ' ');
+    const auto word = [](quint32 v) { return QByteArray(reinterpret_cast<const char*>(&v), 4); };
+    return "glTF" + word(2) + word(quint32(28 + json.size() + bin.size())) + word(quint32(json.size())) + "JSON" + json +
+           word(quint32(bin.size())) + QByteArray("BIN\0", 4) + bin;
+}
+
+// The reader sizes a compressed primitive's decoded indices and attributes by its stream, then
+// reads as many elements as the accessors claim (found by fuzzing: it refused the file, but
+// leaked on the way); such accessors end as layout errors before it sees them.
+TEST(GltfImportTest, CompressedPrimitivesClaimNoMoreThanTheirStreamDecodesTo) {
+    const struct {
+        int indices, positions;
+        std::string error;
+    } cases[] = {
+        {3, 3, ""},
+        {6, 3, "mesh 0 primitive 0 claims more indices than its compressed mesh's 1 faces hold"},
+        {3, 4, "mesh 0 primitive 0 claims more POSITION values than its compressed mesh's 3 points"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.error);
+        const auto result = importGltfBytes(dracoTriangleGlb(c.indices, c.positions), "glb");
+        if (c.error.empty()) {
+            ASSERT_TRUE(result) << result.error().description();
+            ASSERT_EQ(result->meshes.size(), 1u);
+            expectNear(result->meshes[0].positions.at(2), {0, 0.3f, 0});
+        } else {
+            ASSERT_FALSE(result);
+            EXPECT_EQ(result.error().localizedDescription(), "Broken glTF layout: " + c.error);
+        }
+    }
+}
+
 // Three nodes named node0..node2 under the root, in file order.
 std::shared_ptr<const ImportedScene> threeNodeScene() {
     const QByteArray glb = testing::TestModels::glbWithNodes(3);

@@ -1,11 +1,11 @@
-// UsdzArchive and MappedFile: real packages from the corpus, packages built here byte by byte
+// UsdzArchive and FileBytes: real packages from the corpus, packages built here byte by byte
 // (stored, aligned, deflated, with data descriptors, lying about sizes), damaged copies, and
 // asset path resolution.
 #include "support/FuzzRegressions.h"
 #include "support/ExpectImportError.h"
 #include "import/ImportError.h"
 #include "import/usd/CrateReader.h"
-#include "import/usd/MappedFile.h"
+#include "import/FileBytes.h"
 #include "import/usd/UsdzArchive.h"
 #include "support/Corpus.h"
 #include "export/ZipWriter.h"
@@ -32,8 +32,8 @@ core::Result<UsdzArchive> openBytes(const Bytes& bytes) { return UsdzArchive::op
 std::string text(const UsdzEntry& e) { return {reinterpret_cast<const char*>(e.data.data()), e.data.size()}; }
 
 
-std::shared_ptr<const MappedFile> mapCorpus(const std::filesystem::path& path) {
-    auto file = MappedFile::open(path.string());
+std::shared_ptr<const FileBytes> mapCorpus(const std::filesystem::path& path) {
+    auto file = FileBytes::open(path.string());
     EXPECT_TRUE(file.ok());
     return file.ok() ? file.value() : nullptr;
 }
@@ -258,20 +258,20 @@ TEST(UsdzArchive, AssetPathsResolveRelativeToTheReferencingLayer) {
     }
 }
 
-TEST(MappedFile, MapsFilesAndReportsTheOnesItCannot) {
+TEST(FileBytes, MapsFilesAndReportsTheOnesItCannot) {
     const auto dir = std::filesystem::temp_directory_path() / ("orvanta-mapped-" + std::to_string(::getpid()));
     std::filesystem::create_directories(dir);
     const auto empty = dir / "empty.usdz";
     std::ofstream(empty).close();
-    const auto mapped = MappedFile::open(empty.string());
+    const auto mapped = FileBytes::open(empty.string());
     ASSERT_TRUE(mapped.ok());
     EXPECT_TRUE(mapped.value()->bytes().empty());
     testing::expectImportError(UsdzArchive::open(mapped.value()->bytes(), mapped.value()), ImportErrorCode::unrecognisedFormat, "empty");
 
-    const auto missing = MappedFile::open((dir / "missing.usdz").string());
+    const auto missing = FileBytes::open((dir / "missing.usdz").string());
     ASSERT_FALSE(missing.ok());
     EXPECT_EQ(missing.error().code(), static_cast<int>(ImportErrorCode::unreadableFile));
-    const auto directory = MappedFile::open(dir.string());
+    const auto directory = FileBytes::open(dir.string());
     ASSERT_FALSE(directory.ok());
     EXPECT_NE(directory.error().localizedDescription().find("not a regular file"), std::string::npos);
     std::filesystem::remove_all(dir);

@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <atomic>
 #include <csignal>
+#include <filesystem>
+#include <string_view>
 
 #include <sys/resource.h>
 
@@ -38,12 +40,19 @@ void expectError(const std::optional<core::Error>& error, const char* domain, in
 
 using NetworkManagerCache = ModelsFixture;
 
-TEST_F(NetworkManagerCache, CachedFileIsServedWithoutARequest) {
+TEST_F(NetworkManagerCache, CachedFileIsServedWithoutARequestAndStalePartFilesGo) {
     TestModels::write(cachePath("dish.glb"), TestModels::glbWithNodes(1));
+    // Part files of downloads whose process died: past the deadline (10 minutes) they go.
+    const auto longAgo = std::filesystem::file_time_type::clock::now() - std::chrono::minutes(11);
+    for (const char* name : {".download-Ab12Cd.part", ".download-Ef34Gh.part", ".notes.part"}) {
+        TestModels::write(cachePath(name), "partial");
+        if (std::string_view(name) != ".download-Ef34Gh.part") std::filesystem::last_write_time(cachePath(name), longAgo);
+    }
     const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/menu/dish.glb")));
     EXPECT_TRUE(outcome.finished);
     EXPECT_EQ(server_.requestCount(), 0);
     EXPECT_EQ(log_.lines(), std::vector<std::string>{"File already exists locally: " + cachePath("dish.glb")});
+    EXPECT_EQ(cacheFiles(), (QStringList{".download-Ef34Gh.part", ".notes.part", "dish.glb"}));
 }
 
 TEST_F(NetworkManagerCache, DownloadsOnceThenAnyLinkWithTheSameFileNameHitsTheCache) {

@@ -183,7 +183,7 @@ TEST_F(HttpClientTest, LimitsEndOversizedSlowAndEndlessAnswers) {
         {"declared length over the maximum", declaredHuge, {.idleTimeout = 10s, .maximumBodySize = 1 << 20}, -1103},
         {"received bytes over the maximum", receivedTooMuch, {.idleTimeout = 10s, .maximumBodySize = 1 << 20}, -1103},
         {"gzip bomb", bomb, {.idleTimeout = 10s, .maximumBodySize = 16 << 20}, -1103},
-        {"drip feed past the deadline", drip, {.idleTimeout = 10s, .resourceTimeout = 300ms}, -1001},
+        {"drip feed past the deadline", drip, {.idleTimeout = 10s, .deadline = 300ms}, -1001},
         // Header bytes are no progress, so a head that never ends runs into the idle time-out.
         {"endless header lines", headerLines, {.idleTimeout = 1s}, -1001},
         {"one endless header line", oneLine, {.idleTimeout = 1s}, -1001},
@@ -223,10 +223,10 @@ TEST_F(HttpClientTest, RedirectsAreFollowedOnlyToHttpAndNotForever) {
 
 TEST_F(HttpClientTest, AClientWithoutLimitsOfItsOwnFollowsTheProcessDefaults) {
     server_.route("/four-kib", withBody(pattern(4096)));
-    const net::TransferLimits original = net::HttpClient::shared()->limits();
-    net::HttpClient::setDefaultLimits({.maximumBodySize = 1024});
+    const DownloadLimits original = DownloadLimits::defaults();
+    DownloadLimits::setDefaults({.maximumBodySize = 1024});
     const Delivery capped = download("/four-kib", std::nullopt);
-    net::HttpClient::setDefaultLimits(original);
+    DownloadLimits::setDefaults(original);
     expectTransferError(capped, -1103);
     EXPECT_TRUE(download("/four-kib", std::nullopt).file.has_value());
 }

@@ -14,6 +14,7 @@
 #include "scenegraph/SceneNodeBuilder.h"
 #include "support/Corpus.h"
 
+#include <QBuffer>
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QPainter>
@@ -85,6 +86,33 @@ std::shared_ptr<const import::ImportedScene> redBox(float size) {
     import::ImportedMaterial red;
     red.baseColorFactor = QVector4D(0.8f, 0.02f, 0.02f, 1.0f);
     return box(size, red);
+}
+
+// A 0.3 m square upright in the x–y plane in `material`, its front face turned towards -z
+// (its triangles wind clockwise seen from +z), with texture coordinates across it.
+std::shared_ptr<const import::ImportedScene> square(const import::ImportedMaterial& material,
+                                                    std::optional<QImage> texture = std::nullopt) {
+    auto scene = std::make_shared<import::ImportedScene>();
+    import::ImportedMesh mesh;
+    mesh.positions = {{-0.15f, 0, 0}, {0.15f, 0, 0}, {-0.15f, 0.3f, 0}, {0.15f, 0.3f, 0}};
+    mesh.normals.assign(4, QVector3D(0, 0, -1));
+    mesh.texCoords = {{0, 0}, {1, 0}, {0, 1}, {1, 1}};
+    mesh.indices = {0, 2, 1, 1, 2, 3};
+    mesh.subsets.push_back({0, 6, 0});
+    scene->meshes.push_back(std::move(mesh));
+    scene->materials.push_back(material);
+    if (texture) {
+        QByteArray png;
+        QBuffer buffer(&png);
+        buffer.open(QIODevice::WriteOnly);
+        texture->save(&buffer, "PNG");
+        scene->textures.push_back({"square.png", png, nullptr});
+        scene->materials[0].baseColorTexture = import::ImportedTextureRef{.texture = 0, .channel = import::TextureChannel::rgba};
+    }
+    import::ImportedNode root;
+    root.meshes = {0};
+    scene->nodes.push_back(root);
+    return scene;
 }
 
 // A window showing the 3D viewer with `scene`; the picture once it is on screen.
@@ -217,6 +245,37 @@ TEST(ThreeDViewerPixels, ATexturedCorpusModelShowsItsTexture) {
     EXPECT_GT(yellow.count, kViewSize.width() * kViewSize.height() / 20);
 }
 
+// Which faces a material draws: a square seen from behind shows only when its material is
+// double-sided; a masked texture cuts its transparent half out instead of drawing it.
+TEST(ThreeDViewerPixels, DoubleSidedAndMaskedMaterialsDrawWhatTheySay) {
+    SKIP_WITHOUT_GL();
+    import::ImportedMaterial red;
+    red.baseColorFactor = QVector4D(0.8f, 0.02f, 0.02f, 1.0f);
+    import::ImportedMaterial twoSided = red;
+    twoSided.doubleSided = true;
+    const int area = kViewSize.width() * kViewSize.height();
+    ThreeDWindow back(square(red)), both(square(twoSided));
+    EXPECT_LT(find(back.picture(), reddish).count, area / 200) << "a one-sided square is drawn from behind";
+    const int whole = find(both.picture(), reddish).count;
+    EXPECT_GT(whole, area / 20) << "a double-sided square is culled from behind";
+
+    // Left half transparent, right half opaque white, under the red base colour.
+    QImage halves(64, 8, QImage::Format_RGBA8888);
+    halves.fill(Qt::white);
+    for (int y = 0; y < halves.height(); ++y)
+        for (int x = 0; x < halves.width() / 2; ++x) halves.setPixelColor(x, y, QColor(255, 255, 255, 0));
+    import::ImportedMaterial masked = twoSided;
+    masked.alphaMode = import::AlphaMode::mask;
+    masked.alphaCutoff = 0.5f;
+    ThreeDWindow cut(square(masked, halves));
+    const QImage picture = cut.picture();
+    const Region kept = find(picture, reddish);
+    EXPECT_NEAR(double(kept.count) / whole, 0.5, 0.12) << "the mask's cut-out half is drawn";
+    // The cut-out half shows the light background where the square's other half would be.
+    const QPointF mirrored(kViewSize.width() - kept.centroid.x(), kept.centroid.y());
+    EXPECT_GT(qGray(picture.pixel(mirrored.toPoint())), 225);
+}
+
 TEST(ARViewPixels, TheSquareThenThePlacedDishStayOnTheTableWhileTheCameraSways) {
     SKIP_WITHOUT_GL();
     ARWindow ar(0.02f);
@@ -257,6 +316,31 @@ TEST(ARViewPixels, TheRoomFillsWindowsOfEveryShape) {
             return qGray(p) < 60 && std::abs(qRed(p) - qGreen(p)) < 8 && std::abs(qGreen(p) - qBlue(p)) < 8;
         });
         EXPECT_LT(gaps.count, size.width() * size.height() / 1000) << size.width() << "x" << size.height();
+    }
+}
+
+// A placed dish stands in its contact shadow: the table just beside it is darker than the
+// table a little further out along the same grain.
+TEST(ARViewPixels, TheTableBesideAPlacedDishIsDarkerThanFurtherOut) {
+    SKIP_WITHOUT_GL();
+    ARWindow ar(0.0f);
+    auto dish = reality::ModelEntity::fromImportedScene(redBox(0.2f));
+    ar.place(dish);
+    const QImage picture = ar.pictureWhen([&] { return ar.loaded.get() && dish->isActive(); });
+    const auto& camera = ar.view->session()->currentFrame()->camera;
+    // The mean grey of a 5 × 5 patch of table `x` metres beside the dish's centre.
+    const auto greyBeside = [&](float x) {
+        const auto at = camera.projectPoint(dish->parent()->position(nullptr) + QVector3D(x, 0, 0), QSizeF(kViewSize));
+        EXPECT_TRUE(at.has_value());
+        double sum = 0;
+        for (int dy = -2; dy <= 2; ++dy)
+            for (int dx = -2; dx <= 2; ++dx) sum += qGray(picture.pixel(at->toPoint() + QPoint(dx, dy)));
+        return sum / 25;
+    };
+    // The dish stands 0.1 m wide on its half-size anchor; its shadow reaches 0.08 m out.
+    for (const float side : {-1.0f, 1.0f}) {
+        SCOPED_TRACE(side);
+        EXPECT_LT(greyBeside(side * 0.056f), 0.85 * greyBeside(side * 0.15f));
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include "import/ImportError.h"
 #include "import/usd/CrateFormatError.h"
-#include "import/usd/MappedFile.h"
+#include "import/FileBytes.h"
 #include "import/usd/UsdSceneBuilder.h"
 #include "import/usd/UsdStage.h"
 
@@ -22,7 +22,7 @@ bool startsWith(std::span<const std::uint8_t> bytes, std::string_view magic) {
 } // namespace
 
 core::Result<ImportedScene> UsdImporter::importFile(const std::string& path) {
-    auto file = MappedFile::open(path);
+    auto file = FileBytes::open(path);
     if (!file) return file.error();
     const auto bytes = file.value()->bytes();
     return importBytes(bytes, std::move(file).value(), path);

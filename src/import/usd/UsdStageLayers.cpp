@@ -2,7 +2,7 @@
 
 #include "import/ImportError.h"
 #include "import/usd/CrateReader.h"
-#include "import/usd/MappedFile.h"
+#include "import/FileBytes.h"
 #include "import/usd/UsdaParser.h"
 
 #include <algorithm>
@@ -148,7 +148,7 @@ std::optional<UsdStageLayers::Asset> UsdStageLayers::read(const Location& locati
     }
     auto& file = diskFiles_[location.path];
     if (!file) {
-        auto mapped = MappedFile::open(location.path);
+        auto mapped = FileBytes::open(location.path);
         if (!mapped) return std::nullopt;
         file = mapped.value();
     }

@@ -23,9 +23,11 @@
 #include <string>
 #include <vector>
 
-namespace orvanta::import::usd {
+namespace orvanta::import {
+class FileBytes;
+}
 
-class MappedFile;
+namespace orvanta::import::usd {
 
 class UsdStageLayers {
 public:
@@ -81,7 +83,7 @@ private:
     std::map<std::string, int> packageByKey_;
     std::vector<std::unique_ptr<Loaded>> loaded_;
     std::map<std::string, int> layerByKey_;
-    std::map<std::string, std::shared_ptr<const MappedFile>> diskFiles_;
+    std::map<std::string, std::shared_ptr<const FileBytes>> diskFiles_;
 };
 
 } // namespace orvanta::import::usd

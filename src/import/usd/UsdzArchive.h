@@ -30,7 +30,7 @@ struct UsdzEntry {
 
 class UsdzArchive {
 public:
-    // Reads the archive in `bytes`. `owner` keeps `bytes` alive (the MappedFile, or the outer
+    // Reads the archive in `bytes`. `owner` keeps `bytes` alive (the FileBytes, or the outer
     // archive's owner() for a package nested in a package); the archive holds it for as long
     // as the archive or any copy of owner() lives. Fails with unrecognisedFormat for bytes
     // that are no zip archive, malformedData for a broken or truncated one or one whose first

@@ -1,6 +1,7 @@
 // A host program built against the installed kit alone: it finds the package, includes the
 // public headers, links, and shows the experience in a window of its own; it succeeds once
 // the menu shows the restaurant's dishes.
+#include <OrvantaARFoodSDK/DownloadLimits.h>
 #include <OrvantaARFoodSDK/Food.h>
 #include <OrvantaARFoodSDK/Rearranged.h>
 #include <OrvantaARFoodSDK/Restaurant.h>
@@ -19,6 +20,8 @@ int main(int argc, char** argv) {
     const orvanta::Food cake("Cake", "", "https://example.com/cake.usdz", 3.0);
     const orvanta::Restaurant restaurant("Corner", {soup, cake});
     if (orvanta::rearranged(restaurant.foods(), cake).front() != cake) return 1;
+    orvanta::DownloadLimits::setDefaults({.idleTimeout = std::chrono::seconds(30)});
+    if (orvanta::DownloadLimits::defaults().idleTimeout != std::chrono::seconds(30)) return 1;
 
     QQuickWindow window;
     window.resize(360, 640);
