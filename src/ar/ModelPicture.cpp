@@ -4,6 +4,7 @@
 #include "ar/ARViewContainerCoordinator.h"
 #include "arsession/SimulatedWorld.h"
 #include "import/SceneImporter.h"
+#include "models/DrawingBudgetCheck.h"
 #include "models/Reality3DViewItem.h"
 #include "reality/ModelEntity.h"
 #include "render/ARViewItem.h"
@@ -42,8 +43,9 @@ core::Result<QImage> ModelPicture::render(const std::string& modelPath, const Op
     if (!render::GlSupport::canCreateContext())
         return pictureError(1, "cannot draw: " + render::GlSupport::unavailableReason());
     auto imported = import::SceneImporter::importFile(modelPath);
-    if (!imported) {
-        const auto& error = imported.error();
+    std::optional<core::Error> refused = imported ? DrawingBudgetCheck::check(imported.value()) : std::nullopt;
+    if (!imported || refused) {
+        const auto& error = refused ? *refused : imported.error();
         return pictureError(2, modelPath + ": domain " + error.domain() + ", code " + std::to_string(error.code()) +
                                    ": " + error.localizedDescription());
     }

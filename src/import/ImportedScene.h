@@ -134,32 +134,78 @@ struct ImportedMesh {
     std::size_t triangleCount() const { return indices.size() / 3; }
 };
 
+// Where copies of something are drawn: one entry per copy.
+struct InstanceTable {
+    std::vector<QMatrix4x4> transforms; // per copy: the copied thing's space to the table holder's space
+    std::vector<QVector4D> colors;      // per copy, linear RGBA multiplying the base colour; empty or one per copy
+
+    std::size_t size() const { return transforms.size(); }
+};
+
+// A prototype drawn once per entry of a table. The prototype is a node tree of its own: its
+// root is a node without a parent, reached only through the instances that place it, and its
+// root's local transform is applied before the table's.
+struct ImportedInstances {
+    int prototype = -1; // index into ImportedScene::nodes
+    InstanceTable table;
+};
+
+// One mesh of a prototype with every copy of it that a table makes, through the prototype's
+// nodes and any tables nested in it: what a renderer draws as one instanced model.
+struct InstancedMesh {
+    int mesh = -1;                              // index into ImportedScene::meshes
+    std::shared_ptr<const InstanceTable> table; // mesh space to the space of the node holding the instances
+};
+
+// What drawing a scene costs, with every copy counted and nothing expanded. A mesh drawn by a
+// node is one draw per subset; an instanced mesh is one draw per subset for all its copies.
+// Counts saturate at the largest value instead of wrapping.
+struct DrawCost {
+    std::uint64_t triangles = 0;
+    std::uint64_t drawCalls = 0;
+    std::uint64_t instances = 0; // copies placed by instance tables, nested tables multiplied out
+};
+
 // A node may list a mesh that other nodes list too: instances share one mesh.
 struct ImportedNode {
     std::string name;
     QMatrix4x4 localTransform;  // relative to the parent node
-    int parent = -1;            // -1 only for the root (node 0)
+    int parent = -1;            // -1 for the root (node 0) and the roots of prototypes
     std::vector<int> children;  // indices into ImportedScene::nodes, in file order
     std::vector<int> meshes;    // indices into ImportedScene::meshes
+    std::vector<ImportedInstances> instances; // prototypes drawn many times in this node's space
 };
 
 struct Bounds {
     QVector3D min;
     QVector3D max;
     bool empty = true;
+
+    void add(const QVector3D& point);
+    // Adds the eight corners of `box` mapped by `matrix`.
+    void add(const Bounds& box, const QMatrix4x4& matrix);
 };
 
 struct ImportedScene {
     std::string format;                    // "usdz", "usda", "usdc", "gltf", "glb", ...
-    std::vector<ImportedNode> nodes;       // nodes[0] is the root
+    std::vector<ImportedNode> nodes;       // nodes[0] is the root; prototypes follow their own roots
     std::vector<ImportedMesh> meshes;
     std::vector<ImportedMaterial> materials;
     std::vector<ImportedTexture> textures;
 
-    // Axis-aligned bounds of all meshes in root space, in metres.
+    // Axis-aligned bounds of all meshes in root space, in metres, with every instance.
     Bounds bounds() const;
+    // Vertices and triangles stored, each mesh once however often it is drawn.
     std::size_t vertexCount() const;
     std::size_t triangleCount() const;
+    // What drawing the tree under the root costs. Linear in the nodes and tables.
+    DrawCost drawCost() const;
+    // The meshes `instances` draws, in the order first met, each with all its copies.
+    std::vector<InstancedMesh> instancedMeshes(const ImportedInstances& instances) const;
+    // Replaces every instance table by one node per copy holding a copy of the prototype's
+    // nodes (meshes are shared), for writers of formats that cannot instance. Returns the
+    // number of copies made.
+    std::size_t expandInstances();
 };
 
 } // namespace orvanta::import

@@ -2,6 +2,7 @@
 
 #include "core/Dispatch.h"
 #include "import/SceneImporter.h"
+#include "models/DrawingBudgetCheck.h"
 
 namespace orvanta {
 
@@ -13,8 +14,10 @@ core::Publisher<std::shared_ptr<reality::ModelEntity>> ModelEntityLoader::loadMo
         core::Dispatch::background()->async([contentsOf, withName, sink, main] {
             if (sink->token()->isCancelled()) return;
             auto imported = import::SceneImporter::importFile(contentsOf.path());
-            main->async([imported = std::move(imported), contentsOf, withName, sink]() mutable {
+            std::optional<core::Error> refused = imported ? DrawingBudgetCheck::check(imported.value()) : std::nullopt;
+            main->async([imported = std::move(imported), refused = std::move(refused), contentsOf, withName, sink]() mutable {
                 if (!imported) return sink->complete(core::Completion::failed(imported.error()));
+                if (refused) return sink->complete(core::Completion::failed(*refused));
                 auto scene = std::make_shared<const import::ImportedScene>(std::move(imported).value());
                 auto entity = reality::ModelEntity::fromImportedScene(scene);
                 entity->setName(withName.value_or(contentsOf.lastPathComponent()));

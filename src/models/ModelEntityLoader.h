@@ -1,6 +1,7 @@
 #pragma once
-// Asynchronous loading of a model file into an AR entity: the file is imported on the
-// background queue and the entity is built and delivered on the main queue.
+// Asynchronous loading of a model file into an AR entity: the file is imported and held
+// against the drawing budget on the background queue, and the entity is built and delivered
+// on the main queue.
 // Thread: subscribe on the main thread; the value or the import error arrives on it.
 
 #include "core/Publisher.h"

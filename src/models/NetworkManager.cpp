@@ -5,6 +5,7 @@
 #include "core/Log.h"
 #include "core/TemporaryDirectory.h"
 #include "models/ARModelError.h"
+#include "models/DrawingBudgetCheck.h"
 #include "models/ModelEntityLoader.h"
 #include "scenegraph/SceneSource.h"
 
@@ -116,7 +117,12 @@ core::Publisher<NetworkManager::SceneNodePtr> NetworkManager::loadSceneKitModelF
     return core::Future<SceneNodePtr>([url](core::Promise<SceneNodePtr> promise) {
                auto source = scenegraph::SceneSource::make(url);
                if (!source) return promise.fail(ARModelError::sceneSourceUnavailable());
-               auto scene = source->scene();
+               std::optional<core::Error> tooHeavy;
+               auto scene = source->scene([&tooHeavy](const import::ImportedScene& imported) {
+                   tooHeavy = DrawingBudgetCheck::check(imported);
+                   return tooHeavy;
+               });
+               if (tooHeavy) return promise.fail(*tooHeavy);
                if (!scene) return promise.fail(ARModelError::sceneUnavailable());
                auto container = scenegraph::SceneNode::make();
                // Moving a child out of the root shrinks the root's list, so take a copy first.

@@ -34,11 +34,13 @@ public:
 
     // The link as an AR entity. Fails with ARModelError 400 "Invalid URL" when `from` is
     // not a URL (nothing is fetched), with transfer and write errors unchanged, with
-    // FileExistenceError 404 when the cached file vanished, or with the importer's error.
+    // FileExistenceError 404 when the cached file vanished, or with the importer's error
+    // (a model beyond the drawing budget is refused with its limitExceeded error).
     virtual core::Publisher<ModelEntityPtr> loadModel(const std::string& from);
     // The link as a container node holding the loaded scene's top-level nodes, in order.
     // Fails with SceneKitError 400 "Invalid URL", transfer and write errors, FileExistenceError
-    // 404, or SceneKitError 500 when the file is no readable scene.
+    // 404, SceneKitError 500 when the file is no readable scene, or the importer's
+    // limitExceeded error for a model beyond the drawing budget.
     virtual core::Publisher<SceneNodePtr> loadSceneKitModel(const std::string& from);
 
     // Told how far each download of this manager has got, on the HTTP client's worker thread.

@@ -105,15 +105,15 @@ void Entity::setAnchoring(std::optional<AnchoringComponent> anchoring) {
 }
 
 void Entity::generateCollisionShapes(bool recursive) {
-    if (model_ && model_->mesh && !model_->mesh->bounds().isEmpty)
-        collision_ = CollisionComponent{{ShapeResource::fromBounds(model_->mesh->bounds())}};
+    if (model_ && model_->mesh && !model_->bounds().isEmpty)
+        collision_ = CollisionComponent{{ShapeResource::fromBounds(model_->bounds())}};
     if (recursive)
         for (const auto& child : children_) child->generateCollisionShapes(true);
 }
 
 BoundingBox Entity::visualBounds(bool recursive, const Entity* reference) const {
     BoundingBox box;
-    if (model_ && model_->mesh) box.add(model_->mesh->bounds().transformed(transformMatrix(reference)));
+    if (model_ && model_->mesh) box.add(model_->bounds().transformed(transformMatrix(reference)));
     if (recursive)
         for (const auto& child : children_) box.add(child->visualBounds(true, reference));
     return box;

@@ -37,25 +37,46 @@ std::shared_ptr<ModelEntity> ModelEntity::fromImportedScene(std::shared_ptr<cons
         return *slot;
     };
 
-    std::vector<std::shared_ptr<ModelEntity>> entities;
-    entities.reserve(scene->nodes.size());
-    for (const auto& node : scene->nodes) {
+    // Prototype trees are reached through the instances that place them, never as entities.
+    std::vector<bool> inTree(scene->nodes.size(), false);
+    inTree[0] = true;
+    for (std::vector<int> pending{0}; !pending.empty();) {
+        const int at = pending.back();
+        pending.pop_back();
+        for (const int child : scene->nodes[std::size_t(at)].children) {
+            assert(child > 0 && std::size_t(child) < inTree.size());
+            inTree[std::size_t(child)] = true;
+            pending.push_back(child);
+        }
+    }
+
+    std::vector<std::shared_ptr<ModelEntity>> entities(scene->nodes.size());
+    for (std::size_t i = 0; i < scene->nodes.size(); ++i) {
+        if (!inTree[i]) continue;
+        const auto& node = scene->nodes[i];
         auto entity = std::make_shared<ModelEntity>(node.name);
         entity->setTransform(Transform::fromMatrix(node.localTransform));
         if (node.meshes.size() == 1) entity->setModel(componentFor(node.meshes[0]));
-        entities.push_back(std::move(entity));
+        entities[i] = std::move(entity);
     }
     // Linked without recursion, so a deep node chain cannot exhaust the stack.
     for (std::size_t i = 0; i < scene->nodes.size(); ++i) {
+        if (!inTree[i]) continue;
         const auto& node = scene->nodes[i];
-        for (const int child : node.children) {
-            assert(child > 0 && std::size_t(child) < entities.size());
-            entities[i]->addChild(entities[std::size_t(child)]);
-        }
+        for (const int child : node.children) entities[i]->addChild(entities[std::size_t(child)]);
         if (node.meshes.size() > 1) {
             for (const int meshIndex : node.meshes) {
                 auto part = std::make_shared<ModelEntity>(scene->meshes[std::size_t(meshIndex)].name);
                 part->setModel(componentFor(meshIndex));
+                entities[i]->addChild(part);
+            }
+        }
+        for (const auto& instances : node.instances) {
+            for (const auto& instanced : scene->instancedMeshes(instances)) {
+                auto part = std::make_shared<ModelEntity>(scene->meshes[std::size_t(instanced.mesh)].name);
+                ModelComponent component = componentFor(instanced.mesh);
+                component.instances = std::make_shared<const MeshInstances>(instanced.table, component.mesh->bounds());
+                part->setModel(std::move(component));
                 entities[i]->addChild(part);
             }
         }

@@ -21,6 +21,9 @@ public:
     // carries its node's name and local transform (split into translation, rotation and scale).
     // A node with one mesh carries that mesh's model component itself; a node with several
     // meshes gets one child ModelEntity per mesh (named after the mesh), after its node children.
+    // A node with instance tables gets, after those, one child ModelEntity per mesh each table
+    // draws (named after the mesh), whose model draws the mesh at every copy. Prototype trees
+    // get no entities of their own.
     // Meshes and texture bytes are shared with `scene`, not copied.
     // Contract: `scene` is non-null and has at least one node.
     static std::shared_ptr<ModelEntity> fromImportedScene(std::shared_ptr<const import::ImportedScene> scene);

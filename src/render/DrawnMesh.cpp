@@ -1,5 +1,7 @@
 #include "render/DrawnMesh.h"
 
+#include "render/MeshInstancing.h"
+
 #include <QtQuick3D/private/qquick3dmaterial_p.h>
 #include <QtQuick3D/private/qquick3dmodel_p.h>
 
@@ -7,10 +9,14 @@ namespace orvanta::render {
 
 DrawnMesh::DrawnMesh(RenderResources& resources, QQuick3DNode* parent,
                      const std::shared_ptr<const import::ImportedMesh>& mesh,
-                     const std::vector<reality::Material>& materials)
+                     const std::vector<reality::Material>& materials,
+                     const std::shared_ptr<const import::InstanceTable>& instances)
     : geometry_(resources.geometry(mesh)), model_(new QQuick3DModel()) {
     model_->setParentItem(parent);
     model_->setGeometry(geometry_.get());
+    if (instances) {
+        model_->setInstancing(new MeshInstancing(instances, model_));
+    }
     // A flat mesh (a plane in its x–z plane, like the focus square's bars or a decal) often
     // lies exactly on a surface; lifted a hair along its normal it does not flicker into it.
     if (geometry_->boundsMax().y() == geometry_->boundsMin().y()) model_->setY(kFlatLift);

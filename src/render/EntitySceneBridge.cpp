@@ -21,7 +21,8 @@ void EntitySceneBridge::visit(const std::shared_ptr<reality::Entity>& entity, QQ
         record.meshRevision = entity->modelRevision();
         record.mesh.reset();
         if (const auto& model = entity->model(); model && model->mesh)
-            record.mesh = std::make_unique<DrawnMesh>(resources(), node, model->mesh->sharedMesh(), model->materials);
+            record.mesh = std::make_unique<DrawnMesh>(resources(), node, model->mesh->sharedMesh(), model->materials,
+                                                      model->instances ? model->instances->sharedTable() : nullptr);
     }
 
     const auto& anchoring = entity->anchoring();

@@ -27,7 +27,8 @@ void SceneGraphBridge::visit(const std::shared_ptr<scenegraph::SceneNode>& scene
         record.mesh.reset();
         if (const auto& geometry = sceneNode->geometry(); geometry && geometry->source) {
             const reality::ModelComponent model = reality::ModelEntity::modelComponent(geometry->source, geometry->mesh);
-            record.mesh = std::make_unique<DrawnMesh>(resources(), node, model.mesh->sharedMesh(), model.materials);
+            record.mesh = std::make_unique<DrawnMesh>(resources(), node, model.mesh->sharedMesh(), model.materials,
+                                                      geometry->instances);
         }
     }
     for (const auto& child : sceneNode->childNodes()) visit(child, node);

@@ -17,19 +17,17 @@ QQuaternion rotationFromEuler(const QVector3D& radians) {
     return QQuaternion::fromEulerAngles(radians * radiansToDegrees);
 }
 
-void include(import::Bounds& bounds, const QVector3D& p) {
-    if (bounds.empty) {
-        bounds = {p, p, false};
-        return;
-    }
-    bounds.min = {std::min(bounds.min.x(), p.x()), std::min(bounds.min.y(), p.y()), std::min(bounds.min.z(), p.z())};
-    bounds.max = {std::max(bounds.max.x(), p.x()), std::max(bounds.max.y(), p.y()), std::max(bounds.max.z(), p.z())};
-}
-
 void collect(const SceneNode& node, const QMatrix4x4& toSpace, import::Bounds& bounds) {
     const QMatrix4x4 nodeToSpace = toSpace * node.transform();
-    if (node.geometry()) {
-        for (const QVector3D& p : node.geometry()->importedMesh().positions) include(bounds, nodeToSpace.map(p));
+    if (const auto& geometry = node.geometry()) {
+        const auto& positions = geometry->importedMesh().positions;
+        if (geometry->instances) {
+            import::Bounds mesh;
+            for (const QVector3D& p : positions) mesh.add(p);
+            for (const QMatrix4x4& copy : geometry->instances->transforms) bounds.add(mesh, nodeToSpace * copy);
+        } else {
+            for (const QVector3D& p : positions) bounds.add(nodeToSpace.map(p));
+        }
     }
     for (const auto& child : node.childNodes()) collect(*child, nodeToSpace, bounds);
 }

@@ -17,10 +17,12 @@
 
 namespace orvanta::scenegraph {
 
-// What a node draws: one mesh of an imported scene, with that scene's materials.
+// What a node draws: one mesh of an imported scene, with that scene's materials, once or,
+// with instances, once per copy.
 struct SceneGeometry {
     std::shared_ptr<const import::ImportedScene> source;
     int mesh = -1;
+    std::shared_ptr<const import::InstanceTable> instances; // null: drawn once; else copies in the node's space
 
     const import::ImportedMesh& importedMesh() const { return source->meshes[static_cast<std::size_t>(mesh)]; }
 };

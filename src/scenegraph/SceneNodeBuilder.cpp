@@ -19,6 +19,13 @@ std::shared_ptr<SceneNode> buildNode(const std::shared_ptr<const import::Importe
         }
     }
     for (int child : source.children) node->addChildNode(buildNode(imported, child));
+    for (const import::ImportedInstances& instances : source.instances) {
+        for (import::InstancedMesh& instanced : imported->instancedMeshes(instances)) {
+            auto part = SceneNode::make(imported->meshes[static_cast<std::size_t>(instanced.mesh)].name);
+            part->setGeometry(SceneGeometry{imported, instanced.mesh, std::move(instanced.table)});
+            node->addChildNode(part);
+        }
+    }
     return node;
 }
 

@@ -18,11 +18,17 @@ std::optional<SceneSource> SceneSource::make(const core::Url& url) {
     return SceneSource(url.path());
 }
 
-std::optional<Scene> SceneSource::scene() {
+std::optional<Scene> SceneSource::scene(const Vetting& vet) {
     auto imported = import::SceneImporter::importFile(path_);
     if (!imported) {
         lastError_ = imported.error();
         return std::nullopt;
+    }
+    if (vet) {
+        if (auto refused = vet(imported.value())) {
+            lastError_ = std::move(refused);
+            return std::nullopt;
+        }
     }
     lastError_.reset();
     return SceneNodeBuilder::build(std::make_shared<const import::ImportedScene>(std::move(imported).value()));

@@ -8,6 +8,7 @@
 #include "core/Url.h"
 #include "scenegraph/Scene.h"
 
+#include <functional>
 #include <optional>
 
 namespace orvanta::scenegraph {
@@ -16,8 +17,12 @@ class SceneSource {
 public:
     static std::optional<SceneSource> make(const core::Url& url);
 
-    // The whole scene, or nothing when the file cannot be imported (see lastError()).
-    std::optional<Scene> scene();
+    // Whether an imported scene may be shown: an error refuses it.
+    using Vetting = std::function<std::optional<core::Error>(const import::ImportedScene&)>;
+
+    // The whole scene, or nothing when the file cannot be imported or `vet` refuses what was
+    // imported before any node is made (see lastError()).
+    std::optional<Scene> scene(const Vetting& vet = nullptr);
     const std::optional<core::Error>& lastError() const { return lastError_; }
 
 private:

@@ -87,26 +87,38 @@ def Xform "Plate" ( specializes = </_Plate> ) { over "Rim" { double3 xformOp:tra
     EXPECT_EQ(nodeNamed(scene, "_Class"), nullptr);  // classes are not drawn
 }
 
-TEST(CompositionTest, InstanceablePrimsShareOneImportedPrototype) {
-    const ImportedScene scene = importPackage({{"root.usda", std::string(R"(#usda 1.0
-def Xform "Plate" { def Mesh "Body" {)") + triangle + R"(} }
-def Xform "Left" ( instanceable = true  references = </Plate> ) {
-    double3 xformOp:translate = (-1, 0, 0)
-    uniform token[] xformOpOrder = ["xformOp:translate"] }
-def Xform "Right" ( instanceable = true  references = </Plate> ) {
-    double3 xformOp:translate = (1, 0, 0)
-    uniform token[] xformOpOrder = ["xformOp:translate"] }
-)"}});
-    ASSERT_EQ(scene.meshes.size(), 2u);  // the plate itself and one for both instances
-    std::vector<int> drawnBy;
-    for (const ImportedNode& node : scene.nodes)
-        for (int mesh : node.meshes) drawnBy.push_back(mesh);
-    EXPECT_EQ(drawnBy, (std::vector<int>{0, 1, 1}));
-    EXPECT_EQ(xOf(scene, "Left"), -1.0f);
-    EXPECT_EQ(xOf(scene, "Right"), 1.0f);
+TEST(CompositionTest, InstanceablePrimsSideBySideBecomeOneInstanceTable) {
+    const auto plate = [](const char* name, int x) {
+        return std::string("def Xform \"") + name + "\" ( instanceable = true  references = </Plate> ) {\n" +
+               " double3 xformOp:translate = (" + std::to_string(x) + ", 0, 0)\n" +
+               " uniform token[] xformOpOrder = [\"xformOp:translate\"] }\n";
+    };
+    const ImportedScene scene = importPackage({{"root.usda", std::string("#usda 1.0\n") +
+        "def Xform \"Plate\" { def Mesh \"Body\" {" + triangle + "} }\n" + plate("Left", -1) + plate("Right", 1) +
+        "def Xform \"Shelf\" {\n" + plate("Alone", 5) + "}\n"}});
+    // The plate itself, and one mesh for every instance of it.
+    ASSERT_EQ(scene.meshes.size(), 2u);
+    const ImportedNode& root = scene.nodes[0];
+    ASSERT_EQ(root.instances.size(), 1u);
+    const ImportedInstances& table = root.instances[0];
+    EXPECT_EQ(scene.nodes.at(std::size_t(table.prototype)).parent, -1);
+    ASSERT_EQ(table.table.size(), 2u);
+    EXPECT_EQ(table.table.transforms[0].column(3).x(), -1.0f);
+    EXPECT_EQ(table.table.transforms[1].column(3).x(), 1.0f);
+    EXPECT_EQ(nodeNamed(scene, "Left")->parent, -1);  // only the prototype's root carries the name
+    // A lone instanceable prim stays a node of its own, drawing the prototype's mesh.
+    EXPECT_EQ(xOf(scene, "Alone"), 5.0f);
+    const ImportedNode* alone = nodeNamed(scene, "Alone");
+    ASSERT_EQ(alone->children.size(), 1u);
+    EXPECT_EQ(scene.nodes.at(std::size_t(alone->children[0])).meshes, std::vector<int>{1});
+    const DrawCost cost = scene.drawCost();
+    EXPECT_EQ(cost.triangles, 4u);
+    EXPECT_EQ(cost.drawCalls, 3u);
+    EXPECT_EQ(cost.instances, 2u);
+    EXPECT_FLOAT_EQ(scene.bounds().min.x(), -0.01f);  // centimetres: the left copy starts at -1
 }
 
-TEST(CompositionTest, PointInstancerPlacesItsPrototypes) {
+TEST(CompositionTest, PointInstancerPlacesItsPrototypesInTables) {
     std::string layer = R"(#usda 1.0
 def PointInstancer "Garnish" {
     rel prototypes = [</Garnish/Protos/Herb>, </Garnish/Protos/Seed>, </Garnish/Protos/Flake>]
@@ -114,6 +126,7 @@ def PointInstancer "Garnish" {
     point3f[] positions = [(1, 0, 0), (2, 0, 0), (3, 0, 0), (4, 0, 0)]
     quath[] orientations = [(1, 0, 0, 0), (0.70710677, 0, 0.70710677, 0), (1, 0, 0, 0), (1, 0, 0, 0)]
     float3[] scales = [(1, 1, 1), (1, 1, 1), (2, 2, 2), (1, 1, 1)]
+    color3f[] primvars:displayColor = [(1, 0, 0), (0, 1, 0), (0, 0, 1), (1, 1, 0)] ( interpolation = "vertex" )
     def Scope "Protos" {
 )";
     for (const char* name : {"Herb", "Seed", "Flake"}) layer += std::string("def Mesh \"") + name + "\" {" + triangle + "}\n";
@@ -122,20 +135,76 @@ def PointInstancer "Garnish" {
     ASSERT_EQ(scene.meshes.size(), 3u);
     const ImportedNode* garnish = nodeNamed(scene, "Garnish");
     ASSERT_NE(garnish, nullptr);
-    ASSERT_EQ(garnish->children.size(), 4u);
-    const std::string prototypes[] = {"Herb", "Seed", "Flake", "Herb"};
-    for (std::size_t i = 0; i < 4; ++i) {
-        const ImportedNode& instance = scene.nodes[std::size_t(garnish->children[i])];
-        EXPECT_EQ(instance.localTransform.column(3).toVector3D(), QVector3D(float(i + 1), 0, 0));
-        ASSERT_EQ(instance.children.size(), 1u);
-        const ImportedNode& prototype = scene.nodes[std::size_t(instance.children[0])];
-        EXPECT_EQ(prototype.name, prototypes[i]);
-        EXPECT_EQ(scene.meshes.at(std::size_t(prototype.meshes.at(0))).name, prototypes[i]);
+    EXPECT_TRUE(garnish->children.empty());
+    ASSERT_EQ(garnish->instances.size(), 3u);
+    const struct {
+        const char* prototype;
+        std::vector<float> xs;
+        std::vector<QVector4D> colors;
+    } expected[] = {
+        {"Herb", {1, 4}, {{1, 0, 0, 1}, {1, 1, 0, 1}}},
+        {"Seed", {2}, {{0, 1, 0, 1}}},
+        {"Flake", {3}, {{0, 0, 1, 1}}},
+    };
+    for (std::size_t t = 0; t < 3; ++t) {
+        const ImportedInstances& instances = garnish->instances[t];
+        const ImportedNode& prototype = scene.nodes.at(std::size_t(instances.prototype));
+        EXPECT_EQ(prototype.name, expected[t].prototype);
+        EXPECT_EQ(prototype.parent, -1);
+        std::vector<float> xs;
+        for (const QMatrix4x4& m : instances.table.transforms) xs.push_back(m.column(3).x());
+        EXPECT_EQ(xs, expected[t].xs) << expected[t].prototype;
+        EXPECT_EQ(instances.table.colors, expected[t].colors) << expected[t].prototype;
     }
-    // The second instance is turned a quarter about Y, the third scaled by 2.
-    const QMatrix4x4& turned = scene.nodes[std::size_t(garnish->children[1])].localTransform;
+    // The seed is turned a quarter about Y, the flake scaled by 2.
+    const QMatrix4x4& turned = garnish->instances[1].table.transforms[0];
     EXPECT_LT((turned.map(QVector3D(1, 0, 0)) - QVector3D(2, 0, -1)).length(), 1e-3f);
-    EXPECT_EQ(scene.nodes[std::size_t(garnish->children[2])].localTransform.map(QVector3D(1, 0, 0)), QVector3D(5, 0, 0));
+    EXPECT_EQ(garnish->instances[2].table.transforms[0].map(QVector3D(1, 0, 0)), QVector3D(5, 0, 0));
+    EXPECT_EQ(scene.drawCost().triangles, 4u);
+}
+
+TEST(CompositionTest, NestedInstancesMultiplyOutWhenCountedDrawnOrExpanded) {
+    // Two coloured clusters, each a bowl and an instancer of three seeds.
+    ImportedScene scene = importPackage({{"root.usda", std::string(R"(#usda 1.0
+def PointInstancer "Clusters" {
+    rel prototypes = [</Clusters/Cluster>]
+    int[] protoIndices = [0, 0]
+    point3f[] positions = [(0, 0, 0), (10, 0, 0)]
+    color3f[] primvars:displayColor = [(1, 0, 0), (0, 0, 1)]
+    def Xform "Cluster" {
+        def Mesh "Bowl" {)") + triangle + R"(}
+        def PointInstancer "Seeds" {
+            rel prototypes = [</Clusters/Cluster/Seeds/Seed>]
+            int[] protoIndices = [0, 0, 0]
+            point3f[] positions = [(0, 1, 0), (0, 2, 0), (0, 3, 0)]
+            def Mesh "Seed" {)" + triangle + R"(}
+        }
+    }
+}
+)"}});
+    const DrawCost cost = scene.drawCost();
+    EXPECT_EQ(cost.triangles, 8u);
+    EXPECT_EQ(cost.instances, 8u);
+    EXPECT_EQ(cost.drawCalls, 2u);  // one instanced model for the bowls, one for the seeds
+
+    const ImportedNode* clusters = nodeNamed(scene, "Clusters");
+    ASSERT_EQ(clusters->instances.size(), 1u);
+    const auto drawn = scene.instancedMeshes(clusters->instances[0]);
+    ASSERT_EQ(drawn.size(), 2u);
+    EXPECT_EQ(scene.meshes.at(std::size_t(drawn[0].mesh)).name, "Bowl");
+    EXPECT_EQ(drawn[0].table->size(), 2u);
+    const InstanceTable& seeds = *drawn[1].table;
+    ASSERT_EQ(seeds.size(), 6u);
+    ASSERT_EQ(seeds.colors.size(), 6u);
+    EXPECT_EQ(seeds.transforms[5].column(3).toVector3D(), QVector3D(10, 3, 0));
+    EXPECT_EQ(seeds.colors[5], QVector4D(0, 0, 1, 1));
+
+    EXPECT_EQ(scene.expandInstances(), 8u);  // two clusters, then three seeds in each
+    const DrawCost expanded = scene.drawCost();
+    EXPECT_EQ(expanded.triangles, 8u);
+    EXPECT_EQ(expanded.instances, 0u);
+    EXPECT_EQ(expanded.drawCalls, 8u);
+    EXPECT_FLOAT_EQ(scene.bounds().max.y(), 0.04f);  // the top seed's tip, in centimetres
 }
 
 TEST(CompositionTest, InstancingThatLeadsBackToItselfOrNestsTooDeepIsRefused) {
@@ -175,6 +244,7 @@ TEST(CompositionTest, InstancingThatLeadsBackToItselfOrNestsTooDeepIsRefused) {
     const ImportedScene shared = importPackage({{"root.usda", "#usda 1.0\n" + instancer("A", "/Seed") + instancer("B", "/Seed") +
                                                                   "def Mesh \"Seed\" {" + triangle + "}\n"}});
     EXPECT_EQ(shared.meshes.size(), 1u);
+    EXPECT_EQ(shared.drawCost().triangles, 4u);  // both draw it, though it is built once
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "core/TemporaryDirectory.h"
 #include "models/ARModelError.h"
+#include <OrvantaARFoodSDK/DrawingBudget.h>
 #include "support/Corpus.h"
 
 #include <QFile>
@@ -327,5 +328,50 @@ TEST_F(NetworkManagerLoaders, UsdzDishLoadsEndToEndInBothModes) {
     ASSERT_TRUE(node.value.has_value()) << node.error->description();
     EXPECT_FALSE((*node.value)->childNodes().empty());
     EXPECT_FALSE((*node.value)->boundingBox().empty);
+    EXPECT_EQ(server_.requestCount(), 1);
+}
+
+TEST_F(NetworkManagerLoaders, InstancedSeedsLoadAsInstancesAndABudgetBeyondThemRefusesThemInBothModes) {
+    Route route;
+    route.body = TestModels::seedScatterUsda(50, 3);  // 50 seeds of 18 triangles: 900 triangles, 1 draw call
+    server_.route("/seeds.usda", route);
+    const std::string link = server_.url("/seeds.usda");
+
+    const auto entity = awaitOutcome(network_->loadModel(link));
+    ASSERT_TRUE(entity.value.has_value()) << entity.error->description();
+    const auto seeds = (*entity.value)->findEntity("Seed");
+    ASSERT_TRUE(seeds && seeds->model() && seeds->model()->instances);
+    EXPECT_EQ(seeds->model()->instances->count(), 50u);
+    const auto node = awaitOutcome(network_->loadSceneKitModel(link));
+    ASSERT_TRUE(node.value.has_value()) << node.error->description();
+    const auto& dish = (*node.value)->childNodes();
+    ASSERT_EQ(dish.size(), 1u);
+    ASSERT_EQ(dish[0]->childNodes().size(), 1u);
+    const auto& geometry = dish[0]->childNodes()[0]->geometry();
+    ASSERT_TRUE(geometry && geometry->instances);
+    EXPECT_EQ(geometry->instances->size(), 50u);
+
+    const DrawingBudget saved = DrawingBudget::current();
+    const struct {
+        DrawingBudget budget;
+        const char* message;
+    } cases[] = {
+        {{500, 10}, "The model is too heavy to draw: 900 triangles after instancing, 400 over the budget of 500 (1.8 times)"},
+        {{100, 0}, "800 over the budget of 100 (9.0 times); 1 draw calls, 1 over the budget of 0"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.message);
+        DrawingBudget::setCurrent(c.budget);
+        const auto refusedEntity = awaitOutcome(network_->loadModel(link));
+        const auto refusedNode = awaitOutcome(network_->loadSceneKitModel(link));
+        for (const auto& error : {refusedEntity.error, refusedNode.error}) {
+            ASSERT_TRUE(error.has_value());
+            EXPECT_EQ(error->domain(), "ModelImportError");
+            EXPECT_EQ(error->code(), 5);
+            EXPECT_NE(error->localizedDescription().find(c.message), std::string::npos) << error->localizedDescription();
+        }
+    }
+    DrawingBudget::setCurrent(saved);
+    EXPECT_EQ(cacheFiles(), QStringList{"seeds.usda"});
     EXPECT_EQ(server_.requestCount(), 1);
 }

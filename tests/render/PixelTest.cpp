@@ -35,6 +35,7 @@ constexpr QSize kViewSize(640, 480);
 bool reddish(QRgb p) { return qRed(p) > 120 && qRed(p) > 2 * qGreen(p) && qRed(p) > 2 * qBlue(p); }
 bool amber(QRgb p) { return qRed(p) > 230 && qGreen(p) > 150 && qBlue(p) < 60; }
 bool magenta(QRgb p) { return qRed(p) > 200 && qBlue(p) > 200 && qGreen(p) < 60; }
+bool bluish(QRgb p) { return qBlue(p) > 120 && qBlue(p) > 2 * qRed(p) && qBlue(p) > 2 * qGreen(p); }
 bool woody(QRgb p) { return qRed(p) > qGreen(p) + 20 && qGreen(p) > qBlue(p) + 15 && qBlue(p) < 140; }
 
 // A flat magenta item over part of a window, standing for a layout's controls.
@@ -112,6 +113,23 @@ std::shared_ptr<const import::ImportedScene> square(const import::ImportedMateri
     import::ImportedNode root;
     root.meshes = {0};
     scene->nodes.push_back(root);
+    return scene;
+}
+
+// Two copies of a white box through one instance table: a red one at -x, a blue one at +x.
+std::shared_ptr<const import::ImportedScene> redAndBlueInstances(float size) {
+    auto scene = std::make_shared<import::ImportedScene>(*box(size, import::ImportedMaterial{}));
+    import::ImportedNode prototype = scene->nodes[0];
+    scene->nodes[0].meshes.clear();
+    scene->nodes.push_back(prototype);
+    import::ImportedInstances instances{1, {}};
+    for (float side : {-1.0f, 1.0f}) {
+        QMatrix4x4 m;
+        m.translate(side * size, 0, 0);
+        instances.table.transforms.push_back(m);
+        instances.table.colors.push_back(side < 0 ? QVector4D(0.8f, 0.02f, 0.02f, 1) : QVector4D(0.02f, 0.02f, 0.8f, 1));
+    }
+    scene->nodes[0].instances.push_back(std::move(instances));
     return scene;
 }
 
@@ -197,6 +215,32 @@ TEST(ThreeDViewerPixels, AModelShowsCentredAndFramedAlikeInCentimetresAndMetres)
     EXPECT_NEAR(a.centroid.x(), b.centroid.x(), 2.0);
     // The corners show the plain light background.
     EXPECT_GT(qGray(inMetres.pixel(2, 2)), 225);
+}
+
+TEST(ThreeDViewerPixels, InstancesShowAtTheirPlacesInTheirColoursInBothViews) {
+    SKIP_WITHOUT_GL();
+    const auto scene = redAndBlueInstances(0.1f);
+    // The first copy shows without its colour under Qt 6.4's instancing: it is found as
+    // anything but the background, the second by its colour.
+    const auto copies = [](const QImage& image, QRect half) {
+        const QRgb background = image.pixel(2, 2);
+        return find(image, [&](QRgb p) { return std::abs(qGray(p) - qGray(background)) > 8 || bluish(p); }, half);
+    };
+    ThreeDWindow viewer(scene);
+    const QImage picture = viewer.picture();
+    const int w = kViewSize.width(), h = kViewSize.height();
+    const Region left = copies(picture, QRect(0, 0, w / 2, h)), blue = find(picture, bluish);
+    EXPECT_GT(left.count, 500);
+    EXPECT_GT(blue.count, 500);
+    EXPECT_GT(blue.centroid.x(), w / 2.0);
+    // The view frames both copies, not the box alone at the middle.
+    EXPECT_NEAR((left.centroid.x() + blue.centroid.x()) / 2, w / 2.0, w / 20.0);
+
+    ARWindow ar(0.0f);
+    auto entity = reality::ModelEntity::fromImportedScene(scene);
+    ar.place(entity);
+    const QImage placed = ar.pictureWhen([&] { return ar.loaded.get() && entity->isActive(); });
+    EXPECT_GT(find(placed, bluish).count, 100);
 }
 
 TEST(ThreeDViewerPixels, EmissiveAndTransparentMaterialsShowAsSuch) {

@@ -1,6 +1,8 @@
 // orvanta-inspect FILE...   (--help, --version)
 // Imports each file the way the kit does (format sniffed from the bytes) and prints what it
-// holds: format, node, mesh, vertex, triangle, material and texture counts, the meshes with
+// holds: format, node, mesh, vertex, triangle (stored), material and texture counts, the
+// copies instance tables place, the triangles and draw calls drawing it takes (every copy
+// counted), the meshes with
 // vertex colours, a second coordinate set or tangents, bounds in metres, the time the import
 // took, and each material's inputs with their textures (channel, coordinate set, colour
 // space, wrap modes, transform, scale and bias), alpha mode, sidedness and shading. Exit status
@@ -83,6 +85,10 @@ void printScene(const std::string& path, const ImportedScene& scene, double mill
     std::printf("  meshes: %zu\n", scene.meshes.size());
     std::printf("  vertices: %zu\n", scene.vertexCount());
     std::printf("  triangles: %zu\n", scene.triangleCount());
+    const DrawCost cost = scene.drawCost();
+    std::printf("  instances: %llu\n", static_cast<unsigned long long>(cost.instances));
+    std::printf("  triangles drawn: %llu\n", static_cast<unsigned long long>(cost.triangles));
+    std::printf("  draw calls: %llu\n", static_cast<unsigned long long>(cost.drawCalls));
     std::printf("  materials: %zu\n", scene.materials.size());
     std::printf("  textures: %zu\n", scene.textures.size());
     const auto meshesWith = [&](auto&& has) { return std::count_if(scene.meshes.begin(), scene.meshes.end(), has); };

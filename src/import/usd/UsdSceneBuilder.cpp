@@ -66,44 +66,110 @@ public:
         root.name = UsdStageValue::text(metadata ? metadata->field("defaultPrim") : nullptr).value_or("root");
         root.localTransform = stageToYUpMetres(stage_.rootLayer());
         scene_.nodes.push_back(std::move(root));
-        for (int child : stage_.prims().front().children) visit(child, 0);
+        visitChildren(stage_.prims().front(), 0);
         return std::move(scene_);
     }
 
 private:
     const UsdStage::Prim& prim(int index) const { return stage_.prims()[static_cast<std::size_t>(index)]; }
 
-    void visit(int primIndex, int parentNode) {
-        const UsdStage::Prim& p = prim(primIndex);
-        if (!p.active || p.specifier != "def" || !isNodeType(p.typeName)) return;
-        if (tokenOf(p, "visibility") == "invisible") return;
+    static bool drawn(const UsdStage::Prim& p) {
+        return p.active && p.specifier == "def" && isNodeType(p.typeName) && tokenOf(p, "visibility") != "invisible";
+    }
+
+    static QMatrix4x4 transformOf(const UsdStage::Prim& p) {
+        return p.typeName.empty() || p.typeName == "Scope" ? QMatrix4x4() : UsdXformOps::localTransform(p);
+    }
+
+    // A new node for `p` under `parentNode`, or without a parent (a prototype's root) for -1.
+    int makeNode(const UsdStage::Prim& p, int parentNode, const QMatrix4x4& transform) {
         const int nodeIndex = static_cast<int>(scene_.nodes.size());
         ImportedNode node;
         node.name = p.name;
         node.parent = parentNode;
-        if (!p.typeName.empty() && p.typeName != "Scope") node.localTransform = UsdXformOps::localTransform(p);
+        node.localTransform = transform;
         scene_.nodes.push_back(std::move(node));
-        scene_.nodes[static_cast<std::size_t>(parentNode)].children.push_back(nodeIndex);
-        const PathMark mark(onPath_, primIndex);
-        if (p.typeName == "PointInstancer") {
-            addPointInstances(p, nodeIndex);
-            return;
-        }
+        if (parentNode >= 0) scene_.nodes[static_cast<std::size_t>(parentNode)].children.push_back(nodeIndex);
+        return nodeIndex;
+    }
+
+    // The node of prim `primIndex` under `parentNode` (-1: a prototype's root), or -1 when the
+    // prim is not drawn.
+    int visit(int primIndex, int parentNode) {
+        const UsdStage::Prim& p = prim(primIndex);
+        if (!drawn(p)) return -1;
+        const int nodeIndex = makeNode(p, parentNode, transformOf(p));
         // Instanceable prims composed from the same arcs share one prototype: the first is
         // built, the others copy its nodes and share its meshes.
         const std::string prototype = instancePrototype(p);
         if (!prototype.empty()) {
             if (const auto it = instances_.find(prototype); it != instances_.end()) {
                 copyNodes(it->second, nodeIndex);
-                return;
+                return nodeIndex;
             }
+        }
+        fill(primIndex, nodeIndex);
+        if (!prototype.empty()) instances_.emplace(prototype, nodeIndex);
+        return nodeIndex;
+    }
+
+    // Gives node `nodeIndex` what prim `primIndex` draws: its mesh, its point instances, the
+    // nodes of its children.
+    void fill(int primIndex, int nodeIndex) {
+        const UsdStage::Prim& p = prim(primIndex);
+        const PathMark mark(onPath_, primIndex);
+        if (p.typeName == "PointInstancer") {
+            addPointInstances(p, nodeIndex);
+            return;
         }
         if (p.typeName == "Mesh") {
             addMesh(p, nodeIndex);
             stage_.releaseArrays(primIndex);
         }
-        for (int child : p.children) visit(child, nodeIndex);
-        if (!prototype.empty()) instances_.emplace(prototype, nodeIndex);
+        visitChildren(p, nodeIndex);
+    }
+
+    // Children that are instanceable prims of one prototype, two or more side by side, become
+    // one instance table of the node; the rest become its child nodes.
+    void visitChildren(const UsdStage::Prim& p, int nodeIndex) {
+        std::unordered_map<std::string, int> uses;
+        for (int child : p.children)
+            if (drawn(prim(child)))
+                if (std::string key = instancePrototype(prim(child)); !key.empty()) ++uses[std::move(key)];
+        for (int child : p.children) {
+            if (!uses.empty() && drawn(prim(child)))
+                if (const std::string key = instancePrototype(prim(child)); !key.empty() && uses[key] > 1) {
+                    addInstance(child, key, nodeIndex);
+                    continue;
+                }
+            visit(child, nodeIndex);
+        }
+    }
+
+    // Places instanceable prim `primIndex` in node `holder`'s table for its prototype, whose
+    // nodes are built on first use.
+    void addInstance(int primIndex, const std::string& key, int holder) {
+        const UsdStage::Prim& p = prim(primIndex);
+        auto [it, added] = tablePrototypes_.try_emplace(key, -1);
+        if (added) {
+            it->second = makeNode(p, -1, QMatrix4x4());
+            if (const auto built = instances_.find(key); built != instances_.end()) {
+                copyNodes(built->second, it->second);
+            } else {
+                fill(primIndex, it->second);
+                instances_.emplace(key, it->second);
+            }
+        }
+        tableFor(holder, it->second).transforms.push_back(transformOf(p));
+    }
+
+    InstanceTable& tableFor(int holder, int prototype) {
+        auto& instances = scene_.nodes[static_cast<std::size_t>(holder)].instances;
+        const auto it = std::find_if(instances.begin(), instances.end(),
+                                     [&](const ImportedInstances& entry) { return entry.prototype == prototype; });
+        if (it != instances.end()) return it->table;
+        instances.push_back({prototype, {}});
+        return instances.back().table;
     }
 
     // A key naming the arcs an instanceable prim is composed from (its opinions besides
@@ -116,9 +182,11 @@ private:
         return key;
     }
 
-    // Gives node `to` the meshes and, recursively, copies of the children of node `from`.
+    // Gives node `to` the meshes, the instance tables and, recursively, copies of the children
+    // of node `from`.
     void copyNodes(int from, int to) {
         scene_.nodes[static_cast<std::size_t>(to)].meshes = scene_.nodes[static_cast<std::size_t>(from)].meshes;
+        scene_.nodes[static_cast<std::size_t>(to)].instances = scene_.nodes[static_cast<std::size_t>(from)].instances;
         const std::vector<int> children = scene_.nodes[static_cast<std::size_t>(from)].children;
         for (int child : children) {
             ImportedNode copy = scene_.nodes[static_cast<std::size_t>(child)];
@@ -131,8 +199,9 @@ private:
         }
     }
 
-    // One node per instance of `p`, placed by its positions, orientations and scales, holding
-    // its prototype: built under the first instance that uses it, copied for the others.
+    // One table entry per instance of `p`, placed by its positions, orientations and scales
+    // and coloured by a per-instance displayColor, in a table per prototype; each prototype's
+    // nodes are built once, on first use.
     void addPointInstances(const UsdStage::Prim& p, int nodeIndex) {
         const UsdStage::Property* prototypes = p.property("prototypes");
         const auto floats = [&](const char* name, int width) {
@@ -146,32 +215,38 @@ private:
         IntArray::Narrow scratch;
         const auto protoIndices = indices->narrow(scratch);
         const auto positions = floats("positions", 3), orientations = floats("orientations", 4), scales = floats("scales", 3);
-        std::vector<int> built(prototypes->targets.size(), -1);  // per prototype, the instance node holding it
+        const auto colors = floats("primvars:displayColor", 3);
+        const bool coloured = colors.size() == 3 * protoIndices.size();
+        constexpr int unbuilt = -2, notDrawn = -1;
+        std::vector<int> prototypeRoots(prototypes->targets.size(), unbuilt);
         for (std::size_t i = 0; i < protoIndices.size(); ++i) {
             const auto proto = static_cast<std::size_t>(protoIndices[i]);
             if (protoIndices[i] < 0 || proto >= prototypes->targets.size()) continue;
-            const UsdStage::Prim* prototype = stage_.prim(prototypes->targets[proto]);
-            if (!prototype) continue;
-            const int instance = static_cast<int>(scene_.nodes.size());
-            ImportedNode node;
-            node.name = p.name + "_" + std::to_string(i);
-            node.parent = nodeIndex;
-            node.localTransform = instanceTransform(positions, orientations, scales, i);
-            scene_.nodes.push_back(std::move(node));
-            scene_.nodes[static_cast<std::size_t>(nodeIndex)].children.push_back(instance);
-            if (built[proto] >= 0) {
-                copyNodes(built[proto], instance);
-            } else {
-                buildPrototype(p, static_cast<int>(prototype - stage_.prims().data()), instance);
-                built[proto] = instance;
+            int& root = prototypeRoots[proto];
+            if (root == unbuilt) {
+                const UsdStage::Prim* prototype = stage_.prim(prototypes->targets[proto]);
+                root = prototype ? prototypeRoot(p, static_cast<int>(prototype - stage_.prims().data())) : notDrawn;
             }
+            if (root == notDrawn) continue;
+            InstanceTable& table = tableFor(nodeIndex, root);
+            table.transforms.push_back(instanceTransform(positions, orientations, scales, i));
+            if (coloured) table.colors.emplace_back(colors[3 * i], colors[3 * i + 1], colors[3 * i + 2], 1.0f);
         }
     }
 
-    // Builds the prototype prim `primIndex` of instancer `instancer` under node `instance`.
-    // A prototype that is being built already (the instancer itself, one of the prims it lies
+    // The root of prototype prim `primIndex`'s tree, built on first use: every instancer that
+    // names the prim places the same tree (a mesh prim's arrays are gone once it is built).
+    int prototypeRoot(const UsdStage::Prim& instancer, int primIndex) {
+        if (const auto it = prototypeRoots_.find(primIndex); it != prototypeRoots_.end()) return it->second;
+        const int root = buildPrototype(instancer, primIndex);
+        prototypeRoots_.emplace(primIndex, root);
+        return root;
+    }
+
+    // Builds the prototype prim `primIndex` of instancer `instancer` as a tree of its own: its
+    // root node, or -1 when the prim is not drawn. A prototype that is being built already (the instancer itself, one of the prims it lies
     // in, or an instancer that leads back to it) would hold itself for ever: that is refused.
-    void buildPrototype(const UsdStage::Prim& instancer, int primIndex, int instance) {
+    int buildPrototype(const UsdStage::Prim& instancer, int primIndex) {
         if (onPath_[static_cast<std::size_t>(primIndex)])
             throw CrateFormatError("instancing cycle: the point instancer " + instancer.path + " has " +
                                    prim(primIndex).path + " as a prototype, which holds the instancer itself");
@@ -180,8 +255,9 @@ private:
                                        instancer.path,
                                    ImportErrorCode::limitExceeded);
         ++instancerDepth_;
-        visit(primIndex, instance);
+        const int root = visit(primIndex, -1);
         --instancerDepth_;
+        return root;
     }
 
     // Marks a prim as being built for as long as this object lives.
@@ -266,6 +342,8 @@ private:
     ImportedScene scene_;
     UsdMaterialReader materials_;
     std::unordered_map<std::string, int> instances_;  // prototype key -> the node built for it
+    std::unordered_map<std::string, int> tablePrototypes_; // prototype key -> the root instance tables place
+    std::unordered_map<int, int> prototypeRoots_;          // point instancers' prototype prim -> its root, or -1
     std::vector<bool> onPath_;                         // per prim: being built right now
     int instancerDepth_ = 0;                           // prototypes being built inside prototypes
 };

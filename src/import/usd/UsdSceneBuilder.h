@@ -4,10 +4,13 @@
 // Defined, active, visible prims of type Xform, Scope, SkelRoot, Mesh, PointInstancer or no
 // type become nodes (all but Scope with their transform ops); any other prim type is left
 // out with everything below it. Instanceable prims composed from the same arcs share one
-// prototype: the first is built, later ones copy its nodes and draw the same meshes. A
-// PointInstancer gets one node per instance (position, orientation, scale) holding a
-// prototype it names, built under the first instance using it and shared the same way;
-// its own children are drawn only as prototypes. A Mesh carries its triangulated mesh, bound to the material of
+// prototype: two or more of them under one parent become an instance table of the parent's
+// node (one entry per prim, its transform) placing a prototype tree built once; a lone one
+// is built as a node, or copies the nodes of its prototype built before, drawing the same
+// meshes. A PointInstancer's node gets one instance table per prototype it names (position,
+// orientation and scale per instance, colour from a displayColor with one value per
+// instance), each prototype built once as a tree of its own; its own children are drawn only
+// as prototypes. A Mesh carries its triangulated mesh, bound to the material of
 // the nearest `material:binding` on it or an ancestor, split by its GeomSubsets of family
 // "materialBind" (or that bind a material). Texture coordinates are read from the primvar
 // the bound material's textures name, else `primvars:st`, else the first texCoord2 primvar.
