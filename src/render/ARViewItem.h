@@ -1,8 +1,13 @@
 #pragma once
 // Shows an AR view: the camera picture (from its CameraFeed) behind the view's entity scene,
-// both drawn with the session camera's pose and field of view, so content stays fixed on
-// the table while the camera sways; the coaching overlay on top while it is active. Touches
-// and mouse drags on the item go to the view's gestures; its snapshots come from this item.
+// both drawn with the session camera's pose and projection (ARCamera::projectionMatrix, which
+// honours a real lens's principal point and the aspect-fill crop of its picture), so content
+// stays fixed on the table while the camera moves; the coaching overlay on top while it is
+// active. Touches and mouse drags on the item go to the view's gestures; its snapshots come
+// from this item and hold the camera picture with the content.
+//
+// Unless a feed is set, the first session frame chooses one: a frame with a camera picture
+// gets the picture itself (CameraPictureFeed), one without gets the simulated room.
 //
 // Every session frame brings the Quick 3D scene in line with the entity scene (see
 // EntitySceneBridge): nothing is rebuilt per frame.
@@ -19,7 +24,7 @@
 #include <memory>
 
 class QQuick3DViewport;
-class QQuick3DPerspectiveCamera;
+class QQuick3DCustomCamera;
 
 namespace orvanta::render {
 
@@ -41,7 +46,7 @@ public:
     const std::shared_ptr<reality::ARView>& arView() const { return view_; }
     // The overlay to draw while it is active; null draws none.
     void setCoachingOverlay(std::shared_ptr<arsession::ARCoachingOverlayView> overlay);
-    // Replaces the camera picture (the simulated room by default).
+    // Replaces the camera picture, for good (the first frame no longer chooses one).
     void setCameraFeed(std::unique_ptr<CameraFeed> feed);
 
     QQuick3DViewport* viewport() const { return viewport_; }
@@ -62,16 +67,19 @@ protected:
 
 private:
     void syncFrame();
+    void attachFeed(std::unique_ptr<CameraFeed> feed);
+    void project(const arsession::ARCamera& camera);
     void forward(reality::TouchEvent::Phase phase, std::vector<QPointF> points);
 
     QQuickItem* background_;
     QQuick3DViewport* viewport_ = nullptr;
-    QQuick3DPerspectiveCamera* camera_ = nullptr;
+    QQuick3DCustomCamera* camera_;
     QQuick3DNode* world_;
     CoachingOverlayItem* coaching_;
     std::unique_ptr<RenderResources> resources_;
     std::unique_ptr<EntitySceneBridge> bridge_;
     std::unique_ptr<CameraFeed> feed_;
+    bool feedChosen_ = false; // a feed was set, or the first frame chose one
     std::shared_ptr<reality::ARView> view_;
     std::shared_ptr<arsession::ARCoachingOverlayView> overlay_;
     core::Cancellable frames_;

@@ -7,7 +7,7 @@
 
 namespace orvanta::render {
 
-Viewport Viewport::make(QQuickItem* parent, const QColor& clearColor) {
+Viewport Viewport::make(QQuickItem* parent, const QColor& clearColor, QQuick3DCamera* camera) {
     auto* view = new QQuick3DViewport();
     auto* status = static_cast<QQmlParserStatus*>(view);
     status->classBegin();
@@ -21,12 +21,16 @@ Viewport Viewport::make(QQuickItem* parent, const QColor& clearColor) {
     environment->setAntialiasingQuality(QQuick3DSceneEnvironment::QQuick3DEnvironmentAAQualityValues::Medium);
     view->setEnvironment(environment);
 
-    auto* camera = new QQuick3DPerspectiveCamera();
+    QQuick3DPerspectiveCamera* perspective = nullptr;
+    if (!camera) {
+        perspective = new QQuick3DPerspectiveCamera();
+        perspective->setFieldOfViewOrientation(QQuick3DPerspectiveCamera::Vertical);
+        camera = perspective;
+    }
     camera->setParentItem(view->scene());
-    camera->setFieldOfViewOrientation(QQuick3DPerspectiveCamera::Vertical);
     view->setCamera(camera);
     status->componentComplete();
-    return {view, camera};
+    return {view, perspective};
 }
 
 } // namespace orvanta::render

@@ -1,18 +1,24 @@
-// orvanta-render MODEL OUT.png [--size WxH] [--ar] [--turn DEGREES]
+// orvanta-render MODEL OUT.png [--size WxH] [--ar [--camera PHOTO [--calibration FILE.yml] [--card TEXT]]] [--turn DEGREES]
 // Renders one model file, of any format the kit imports, to a PNG: by default as the 3D
 // viewer shows it (its own framing), with --ar placed on the simulated table as a guest sees
-// it after placement. --turn turns the model about its vertical axis first. It needs a
-// display with OpenGL (run it under `xvfb-run -a -s "-screen 0 1280x800x24"` on a machine
-// without one). Exit status 0 when the picture is written; 1 with the reason on standard
-// error when the model does not load, no OpenGL context can be made or the file cannot be
-// written; 2 for bad arguments.
+// it after placement. With --camera the dish stands on the table card found in PHOTO instead,
+// drawn over the photo at the photo's own size (unless --size is given); without --calibration
+// a typical laptop camera's lens is assumed, with a warning. --turn turns the model about its
+// vertical axis first. It needs a display with OpenGL (run it under
+// `xvfb-run -a -s "-screen 0 1280x800x24"` on a machine without one). Exit status 0 when the
+// picture is written; 1 with the reason on standard error when the model does not load, the
+// photo shows no table card, no OpenGL context can be made or the file cannot be written;
+// 2 for bad arguments.
 
 #include "ar/ModelPicture.h"
 #include "core/Dispatch.h"
 #include "core/EventLoopScheduler.h"
 
+#include <OrvantaARFoodSDK/ARSource.h>
+
 #include <QCommandLineParser>
 #include <QGuiApplication>
+#include <QImageReader>
 #include <QQuick3D>
 
 #include <cstdio>
@@ -27,6 +33,9 @@ struct Options {
     QSize size{1024, 768};
     bool ar = false;
     float turnDegrees = 0.0f;
+    QString cameraPhoto;
+    QString calibration;
+    QString card;
 };
 
 int fail(const std::string& message) {
@@ -36,7 +45,12 @@ int fail(const std::string& message) {
 
 int renderModel(const Options& options) {
     const auto picture = ModelPicture::render(options.model.toStdString(),
-                                              {.size = options.size, .ar = options.ar, .turnDegrees = options.turnDegrees});
+                                              {.size = options.size,
+                                               .ar = options.ar,
+                                               .turnDegrees = options.turnDegrees,
+                                               .cameraPhoto = options.cameraPhoto,
+                                               .calibrationFile = options.calibration,
+                                               .tableCard = options.card});
     if (!picture) return fail(picture.error().localizedDescription());
     if (!picture->save(options.output, "PNG")) return fail("cannot write " + options.output.toStdString());
     return 0;
@@ -57,6 +71,9 @@ int main(int argc, char** argv) {
     parser.addOption({"size", "picture size in pixels (default 1024x768)", "WxH"});
     parser.addOption({"ar", "place the model on the simulated table, as the AR view shows it"});
     parser.addOption({"turn", "turn the model about its vertical axis first", "DEGREES"});
+    parser.addOption({"camera", "with --ar: stand the model on the table card in PHOTO, drawn over the photo", "PHOTO"});
+    parser.addOption({"calibration", "with --camera: the camera's calibration, OpenCV YAML", "FILE.yml"});
+    parser.addOption({"card", QString("with --camera: the table card (default %1)").arg(ARSource::defaultTableCard), "TEXT"});
     parser.process(app);
 
     Options options;
@@ -73,6 +90,21 @@ int main(int argc, char** argv) {
         const int w = parts.size() == 2 ? parts[0].toInt() : 0, h = parts.size() == 2 ? parts[1].toInt() : 0;
         if (w <= 0 || h <= 0) return fail("--size takes WIDTHxHEIGHT, for example 800x600"), 2;
         options.size = QSize(w, h);
+    }
+    if (parser.isSet("camera")) {
+        if (!options.ar) return fail("--camera needs --ar"), 2;
+        options.cameraPhoto = parser.value("camera");
+        options.calibration = parser.value("calibration");
+        options.card = parser.isSet("card") ? parser.value("card") : QString(ARSource::defaultTableCard);
+        if (!parser.isSet("size")) {
+            options.size = QImageReader(options.cameraPhoto).size();
+            if (options.size.isEmpty()) return fail("cannot read " + options.cameraPhoto.toStdString());
+        }
+        if (options.calibration.isEmpty())
+            std::fprintf(stderr, "orvanta-render: warning: no --calibration given: assuming %s; the dish may stand a "
+                                 "little off the card\n", qPrintable(ModelPicture::defaultLensDescription()));
+    } else if (parser.isSet("calibration") || parser.isSet("card")) {
+        return fail("--calibration and --card go with --camera"), 2;
     }
     if (parser.isSet("turn")) {
         bool ok = false;
