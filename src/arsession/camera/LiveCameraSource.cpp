@@ -7,6 +7,12 @@ namespace orvanta::arsession::camera {
 
 LiveCameraSource::LiveCameraSource(QByteArray deviceId) : deviceId_(std::move(deviceId)) {
     capture_.setVideoSink(relay_.videoSink());
+    QObject::connect(&devices_, &QMediaDevices::videoInputsChanged, &devices_, [this] {
+        if (!camera_ || !relay_.sink()) return;
+        for (const QCameraDevice& input : QMediaDevices::videoInputs())
+            if (input == camera_->cameraDevice()) return;
+        fail("Camera " + camera_->cameraDevice().description().toStdString() + " went away");
+    });
 }
 
 void LiveCameraSource::fail(const std::string& message) {

@@ -9,6 +9,7 @@
 #include <QByteArray>
 #include <QCamera>
 #include <QMediaCaptureSession>
+#include <QMediaDevices>
 
 #include <memory>
 
@@ -30,6 +31,7 @@ private:
     QByteArray deviceId_;
     std::unique_ptr<QCamera> camera_;
     QMediaCaptureSession capture_;
+    QMediaDevices devices_; // tells when the camera goes away
     VideoSinkRelay relay_;
 };
 

@@ -1,8 +1,8 @@
 #include "arsession/camera/PictureFolderSource.h"
 
-#include <QCollator>
 #include <QDir>
 #include <QImage>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <cmath>
@@ -15,9 +15,15 @@ core::Result<std::unique_ptr<PictureFolderSource>> PictureFolderSource::open(con
     QStringList names = dir.entryList({"*.png", "*.jpg", "*.jpeg", "*.PNG", "*.JPG", "*.JPEG"}, QDir::Files);
     if (names.isEmpty())
         return core::Error(errorDomain, 1, "Folder " + folder.toStdString() + " holds no PNG or JPEG pictures");
-    QCollator numeric;
-    numeric.setNumericMode(true);
-    std::sort(names.begin(), names.end(), numeric);
+    // Numeric order: frame2 before frame10. The last run of digits counts, then the name.
+    const auto number = [](const QString& name) {
+        static const QRegularExpression digits("(\\d+)\\D*$");
+        const auto match = digits.match(name);
+        return match.hasMatch() ? match.captured(1).toULongLong() : 0ull;
+    };
+    std::sort(names.begin(), names.end(), [&](const QString& a, const QString& b) {
+        return std::pair(number(a), a) < std::pair(number(b), b);
+    });
     for (QString& name : names) name = dir.filePath(name);
     return std::make_unique<PictureFolderSource>(std::move(names), framesPerSecond);
 }
