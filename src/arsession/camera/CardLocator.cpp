@@ -69,6 +69,11 @@ struct CardLocator::Detector {
             board = cv::aruco::CharucoBoard::create(card.columns, card.rows, card.squareSize, card.markerSize, dictionary);
         if (card.kind == TableCard::Kind::aruco)
             parameters->cornerRefinementMethod = cv::aruco::CORNER_REFINE_SUBPIX;
+        // Two thresholding passes (windows of 5 and 15 pixels) instead of the default three:
+        // a third of the detection time, and the markers of a card on a table are found alike.
+        parameters->adaptiveThreshWinSizeMin = 5;
+        parameters->adaptiveThreshWinSizeMax = 15;
+        parameters->adaptiveThreshWinSizeStep = 10;
     }
 
     void toGray(const QImage& picture) {
