@@ -78,6 +78,12 @@ QString ModelPicture::defaultLensDescription() {
 core::Result<QImage> ModelPicture::render(const std::string& modelPath, const Options& options) {
     if (!render::GlSupport::canCreateContext())
         return pictureError(1, "cannot draw: " + render::GlSupport::unavailableReason());
+    ARViewContainer::BackendFactory backend = quickTableWorld;
+    if (options.ar && !options.cameraPhoto.isEmpty()) {
+        auto onPhoto = photoTable(options);
+        if (!onPhoto) return onPhoto.error();
+        backend = std::move(onPhoto).value();
+    }
     auto imported = import::SceneImporter::importFile(modelPath);
     if (!imported) {
         const auto& error = imported.error();
@@ -85,13 +91,6 @@ core::Result<QImage> ModelPicture::render(const std::string& modelPath, const Op
                                    ": " + error.localizedDescription());
     }
     auto scene = std::make_shared<const import::ImportedScene>(std::move(imported).value());
-
-    ARViewContainer::BackendFactory backend = quickTableWorld;
-    if (options.ar && !options.cameraPhoto.isEmpty()) {
-        auto onPhoto = photoTable(options);
-        if (!onPhoto) return onPhoto.error();
-        backend = std::move(onPhoto).value();
-    }
 
     QQuickWindow window;
     window.resize(options.size);
