@@ -405,7 +405,6 @@ TEST(ARViewPixels, OnACameraPictureTheDishStandsWhereThePictureShowsItsPlace) {
         ar.place(plate);
         const QImage shown = ar.pictureWhen([&] { return ar.loaded.get() && plate->isActive(); });
         ASSERT_EQ(shown.size(), kViewSize);
-        if (qEnvironmentVariableIsSet("ORVANTA_KEEP_PICTURES")) shown.save(QString("/tmp/cv/pixel-%1.png").arg(&c - cases));
 
         // Centroids count pixels by their index: a region centred on the point p of the view
         // has its centroid at p − (0.5, 0.5).
