@@ -146,31 +146,49 @@ void benchThreeD(const std::vector<std::filesystem::path>& dishes) {
                 median(firstFrames), firstFrames.size());
 }
 
-void benchAR(const std::filesystem::path& dish) {
+// A window of `size` showing an AR view whose session comes from `backend` (null: the
+// simulated room), as the dish screen shows it.
+struct ARWindow {
     QQuickWindow window;
-    window.resize(kWindow);
-    auto* item = new render::ARViewItem(window.contentItem());
-    item->setSize(kWindow);
-    window.show();
-    auto model = Binding<std::shared_ptr<reality::ModelEntity>>::cell(nullptr);
-    auto loaded = Binding<bool>::cell(false);
-    ARViewContainer container(model, loaded, Binding<std::shared_ptr<reality::ARView>>::cell(nullptr),
-                              Binding<std::optional<TrackingStateEnum>>::cell(std::nullopt));
-    auto coordinator = container.makeCoordinator();
-    auto view = container.makeUIView({coordinator});
-    item->setARView(view);
-    item->setCoachingOverlay(coordinator->coachingOverlay);
-    render::DrawnFrames::waitUntil(window, [&] { return coordinator->focusIndicator->onPlane(); }, 30.0);
+    render::ARViewItem* item = new render::ARViewItem(window.contentItem());
+    Binding<std::shared_ptr<reality::ModelEntity>> model = Binding<std::shared_ptr<reality::ModelEntity>>::cell(nullptr);
+    Binding<bool> loaded = Binding<bool>::cell(false);
+    ARViewContainer container;
+    std::shared_ptr<ARViewContainer::Coordinator> coordinator;
+    std::shared_ptr<reality::ARView> view;
+
+    ARWindow(QSize size, ARViewContainer::BackendFactory backend)
+        : container(model, loaded, Binding<std::shared_ptr<reality::ARView>>::cell(nullptr),
+                    Binding<std::optional<TrackingStateEnum>>::cell(std::nullopt), std::move(backend)) {
+        window.resize(size);
+        item->setSize(size);
+        window.show();
+        coordinator = container.makeCoordinator();
+        view = container.makeUIView({coordinator});
+        item->setARView(view);
+        item->setCoachingOverlay(coordinator->coachingOverlay);
+    }
+    // Places `dish` (a generated sphere when it does not load) and waits until it is drawn.
+    void place(const std::filesystem::path& dish) {
+        auto imported = import::SceneImporter::importFile(dish.string());
+        auto entity = imported ? reality::ModelEntity::fromImportedScene(
+                                     std::make_shared<const import::ImportedScene>(std::move(imported).value()))
+                               : reality::ModelEntity::fromImportedScene(sphere(20000));
+        model.set(entity);
+        container.updateUIView(view, {coordinator});
+        render::DrawnFrames::waitUntil(window, [&] { return loaded.get() && entity->isActive(); }, 30.0);
+    }
+};
+
+void benchAR(const std::filesystem::path& dish) {
+    ARWindow ar(kWindow, nullptr);
+    QQuickWindow& window = ar.window;
+    const auto& view = ar.view;
+    render::DrawnFrames::waitUntil(window, [&] { return ar.coordinator->focusIndicator->onPlane(); }, 30.0);
     std::printf("AR view    focus square on the table                  median frame %6.1f ms\n",
                 medianFrameMs(window, 120));
 
-    auto imported = import::SceneImporter::importFile(dish.string());
-    auto entity = imported ? reality::ModelEntity::fromImportedScene(
-                                 std::make_shared<const import::ImportedScene>(std::move(imported).value()))
-                           : reality::ModelEntity::fromImportedScene(sphere(20000));
-    model.set(entity);
-    container.updateUIView(view, {coordinator});
-    render::DrawnFrames::waitUntil(window, [&] { return loaded.get() && entity->isActive(); }, 30.0);
+    ar.place(dish);
     std::printf("AR view    placed %-35s median frame %6.1f ms\n", dish.filename().c_str(), medianFrameMs(window, 120));
 
     std::vector<double> snapshots;
@@ -208,28 +226,10 @@ void benchCameraPicture(const std::filesystem::path& dish) {
     camera.intrinsics = {1000.0f, 1000.0f, 652.0f, 353.0f};
     camera.imageResolution = size;
 
-    QQuickWindow window;
-    window.resize(size);
-    auto* item = new render::ARViewItem(window.contentItem());
-    item->setSize(size);
-    window.show();
-    auto model = Binding<std::shared_ptr<reality::ModelEntity>>::cell(nullptr);
-    auto loaded = Binding<bool>::cell(false);
-    ARViewContainer container(model, loaded, Binding<std::shared_ptr<reality::ARView>>::cell(nullptr),
-                              Binding<std::optional<TrackingStateEnum>>::cell(std::nullopt), [&] {
-                                  return std::make_unique<StillCameraBackend>(camera, pictures, QSizeF(0.6, 0.6));
-                              });
-    auto coordinator = container.makeCoordinator();
-    auto view = container.makeUIView({coordinator});
-    item->setARView(view);
-    item->setCoachingOverlay(coordinator->coachingOverlay);
-    auto imported = import::SceneImporter::importFile(dish.string());
-    auto entity = imported ? reality::ModelEntity::fromImportedScene(
-                                 std::make_shared<const import::ImportedScene>(std::move(imported).value()))
-                           : reality::ModelEntity::fromImportedScene(sphere(20000));
-    model.set(entity);
-    container.updateUIView(view, {coordinator});
-    render::DrawnFrames::waitUntil(window, [&] { return loaded.get() && entity->isActive(); }, 30.0);
+    ARWindow ar(size, [&] { return std::make_unique<StillCameraBackend>(camera, pictures, QSizeF(0.6, 0.6)); });
+    QQuickWindow& window = ar.window;
+    render::ARViewItem* item = ar.item;
+    ar.place(dish);
 
     // Latency: the picture of the frame the item synced last, timed from its session frame to
     // the next swap (the frame drawn with it).
