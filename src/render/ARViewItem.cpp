@@ -36,6 +36,7 @@ ARViewItem::ARViewItem(QQuickItem* parent)
 
     resources_ = std::make_unique<RenderResources>(world_);
     bridge_ = std::make_unique<EntitySceneBridge>(*resources_, world_);
+    attachFeed(std::make_unique<SimulatedRoomFeed>());
 }
 
 ARViewItem::~ARViewItem() {
@@ -98,7 +99,6 @@ void ARViewItem::syncFrame() {
         if (!feedChosen_) {
             feedChosen_ = true;
             if (frame->capturedImage) attachFeed(std::make_unique<CameraPictureFeed>());
-            else attachFeed(std::make_unique<SimulatedRoomFeed>());
         }
         const reality::Transform pose = reality::Transform::fromMatrix(frame->camera.transform);
         camera_->setPosition(pose.translation);

@@ -6,8 +6,8 @@
 // active. Touches and mouse drags on the item go to the view's gestures; its snapshots come
 // from this item and hold the camera picture with the content.
 //
-// Unless a feed is set, the first session frame chooses one: a frame with a camera picture
-// gets the picture itself (CameraPictureFeed), one without gets the simulated room.
+// The feed is the simulated room until one is set or the first session frame brings a camera
+// picture, which replaces it with the picture itself (CameraPictureFeed).
 //
 // Every session frame brings the Quick 3D scene in line with the entity scene (see
 // EntitySceneBridge): nothing is rebuilt per frame.
@@ -79,7 +79,7 @@ private:
     std::unique_ptr<RenderResources> resources_;
     std::unique_ptr<EntitySceneBridge> bridge_;
     std::unique_ptr<CameraFeed> feed_;
-    bool feedChosen_ = false; // a feed was set, or the first frame chose one
+    bool feedChosen_ = false; // a feed was set, or the first frame has been seen
     std::shared_ptr<reality::ARView> view_;
     std::shared_ptr<arsession::ARCoachingOverlayView> overlay_;
     core::Cancellable frames_;
