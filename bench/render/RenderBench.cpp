@@ -1,14 +1,17 @@
 // Frame times of the two views under the machine's OpenGL (Mesa's software renderer under
 // Xvfb on a machine without a GPU), the time from a newly delivered model to its first drawn
-// frame, and the AR view's snapshot time. A timed harness that prints medians, and beside each
-// frame time the processor time the whole process spent per frame (every thread, the
-// renderer's included), which a busy machine inflates far less than the wall time:
+// frame, the AR view's snapshot time, and the AR view over camera pictures (a new 1280×720
+// picture every session frame) with and without drawing them. A timed harness that prints
+// medians, and beside each frame time the processor time the whole process spent per frame
+// (every thread, the renderer's included), which a busy machine inflates far less than the
+// wall time:
 //   xvfb-run -a -s "-screen 0 1280x800x24" build/release/bench/bench_render [CORPUS_DIR] [--benchmark_filter=TEXT]
 // With a filter, only the measures whose name contains TEXT run; other benchmark-library
 // flags are accepted and ignored.
 
 #include "ar/ARViewContainer.h"
 #include "ar/ARViewContainerCoordinator.h"
+#include "ar/StillCameraBackend.h"
 #include "arsession/SimulatedWorld.h"
 #include "core/Dispatch.h"
 #include "core/EventLoopScheduler.h"
@@ -16,6 +19,7 @@
 #include "models/Reality3DViewItem.h"
 #include "reality/ModelEntity.h"
 #include "render/ARViewItem.h"
+#include "render/CameraPictureFeed.h"
 #include "render/DrawnFrames.h"
 #include "render/GlSupport.h"
 #include "render/ItemSnapshotRenderer.h"
@@ -177,34 +181,52 @@ void benchThreeD(const std::vector<std::filesystem::path>& dishes) {
                     median(firstFrames), firstFrames.size());
 }
 
-void benchAR(const std::filesystem::path& dish) {
+// A window of `size` showing an AR view whose session comes from `backend` (null: the
+// simulated room), as the dish screen shows it.
+struct ARWindow {
     QQuickWindow window;
-    window.resize(kWindow);
-    auto* item = new render::ARViewItem(window.contentItem());
-    item->setSize(kWindow);
-    window.show();
-    auto model = Binding<std::shared_ptr<reality::ModelEntity>>::cell(nullptr);
-    auto loaded = Binding<bool>::cell(false);
-    ARViewContainer container(model, loaded, Binding<std::shared_ptr<reality::ARView>>::cell(nullptr),
-                              Binding<std::optional<TrackingStateEnum>>::cell(std::nullopt));
-    auto coordinator = container.makeCoordinator();
-    auto view = container.makeUIView({coordinator});
-    item->setARView(view);
-    item->setCoachingOverlay(coordinator->coachingOverlay);
-    render::DrawnFrames::waitUntil(window, [&] { return coordinator->focusIndicator->onPlane(); }, 30.0);
+    render::ARViewItem* item = new render::ARViewItem(window.contentItem());
+    Binding<std::shared_ptr<reality::ModelEntity>> model = Binding<std::shared_ptr<reality::ModelEntity>>::cell(nullptr);
+    Binding<bool> loaded = Binding<bool>::cell(false);
+    ARViewContainer container;
+    std::shared_ptr<ARViewContainer::Coordinator> coordinator;
+    std::shared_ptr<reality::ARView> view;
+
+    ARWindow(QSize size, ARViewContainer::BackendFactory backend)
+        : container(model, loaded, Binding<std::shared_ptr<reality::ARView>>::cell(nullptr),
+                    Binding<std::optional<TrackingStateEnum>>::cell(std::nullopt), std::move(backend)) {
+        window.resize(size);
+        item->setSize(size);
+        window.show();
+        coordinator = container.makeCoordinator();
+        view = container.makeUIView({coordinator});
+        item->setARView(view);
+        item->setCoachingOverlay(coordinator->coachingOverlay);
+    }
+    // Places `dish` (a generated sphere when it does not load) and waits until it is drawn.
+    void place(const std::filesystem::path& dish) {
+        auto imported = import::SceneImporter::importFile(dish.string());
+        auto entity = imported ? reality::ModelEntity::fromImportedScene(
+                                     std::make_shared<const import::ImportedScene>(std::move(imported).value()))
+                               : reality::ModelEntity::fromImportedScene(sphere(20000));
+        model.set(entity);
+        container.updateUIView(view, {coordinator});
+        render::DrawnFrames::waitUntil(window, [&] { return loaded.get() && entity->isActive(); }, 30.0);
+    }
+};
+
+void benchAR(const std::filesystem::path& dish) {
+    ARWindow ar(kWindow, nullptr);
+    QQuickWindow& window = ar.window;
+    const auto& view = ar.view;
+    render::DrawnFrames::waitUntil(window, [&] { return ar.coordinator->focusIndicator->onPlane(); }, 30.0);
     if (wanted("AR view focus square")) {
         printFrames("AR view", "focus square on the table", frameTimes(window, 120));
         std::printf("\n");
     }
     if (!wanted("AR view placed") && !wanted("AR view snapshot")) return;
 
-    auto imported = import::SceneImporter::importFile(dish.string());
-    auto entity = imported ? reality::ModelEntity::fromImportedScene(
-                                 std::make_shared<const import::ImportedScene>(std::move(imported).value()))
-                           : reality::ModelEntity::fromImportedScene(sphere(20000));
-    model.set(entity);
-    container.updateUIView(view, {coordinator});
-    render::DrawnFrames::waitUntil(window, [&] { return loaded.get() && entity->isActive(); }, 30.0);
+    ar.place(dish);
     if (wanted("AR view placed")) {
         printFrames("AR view", "placed " + dish.filename().string(), frameTimes(window, 120));
         std::printf("\n");
@@ -222,6 +244,67 @@ void benchAR(const std::filesystem::path& dish) {
     }
     std::printf("AR view    snapshot (%dx%d)                          median %6.1f ms\n", kWindow.width(),
                 kWindow.height(), median(snapshots));
+}
+
+// The AR view at 1280×720 over a still camera whose session frames each bring a new
+// 1280×720 picture (three in turn), with `dish` placed: frame time with the picture drawn,
+// then with no picture, and the time from a picture entering a session frame to the first
+// swapped frame that shows it.
+void benchCameraPicture(const std::filesystem::path& dish) {
+    const QSize size(1280, 720);
+    std::vector<std::shared_ptr<const QImage>> pictures;
+    for (int k = 0; k < 3; ++k) {
+        auto picture = std::make_shared<QImage>(size, QImage::Format_RGB32);
+        for (int y = 0; y < size.height(); ++y) {
+            auto* line = reinterpret_cast<QRgb*>(picture->scanLine(y));
+            for (int x = 0; x < size.width(); ++x) line[x] = qRgb((x + 40 * k) & 255, (y * 3) & 255, (x ^ y) & 255);
+        }
+        pictures.push_back(std::move(picture));
+    }
+    QMatrix4x4 look;
+    look.lookAt(QVector3D(0.0f, 0.35f, 0.35f), QVector3D(0, 0, 0), QVector3D(0, 1, 0));
+    arsession::ARCamera camera;
+    camera.transform = look.inverted();
+    camera.intrinsics = {1000.0f, 1000.0f, 652.0f, 353.0f};
+    camera.imageResolution = size;
+
+    ARWindow ar(size, [&] { return std::make_unique<StillCameraBackend>(camera, pictures, QSizeF(0.6, 0.6)); });
+    QQuickWindow& window = ar.window;
+    render::ARViewItem* item = ar.item;
+    ar.place(dish);
+
+    // Latency: the picture of the frame the item synced last, timed from its session frame to
+    // the next swap (the frame drawn with it).
+    std::vector<double> latencies;
+    QElapsedTimer since;
+    bool pending = false;
+    const auto synced = QObject::connect(item, &render::ARViewItem::frameSynced, [&] {
+        if (!pending) since.start();
+        pending = true;
+    });
+    const auto swapped = QObject::connect(&window, &QQuickWindow::frameSwapped, item, [&] {
+        if (pending) latencies.push_back(double(since.nsecsElapsed()) / 1e6);
+        pending = false;
+    }, Qt::QueuedConnection);
+    const FrameTimes withPicture = frameTimes(window, 120);
+    QObject::disconnect(synced);
+    QObject::disconnect(swapped);
+    printFrames("AR camera", "placed " + dish.filename().string(), withPicture);
+    std::printf("  (1280x720 picture each frame)\n");
+    std::printf("AR camera  session frame with a new picture to the frame drawn with it: median %.1f ms\n",
+                median(latencies));
+    // The picture's share: rounds with and without it, interleaved so that a changing load on
+    // the machine weighs on both alike.
+    std::vector<double> with, without;
+    for (int round = 0; round < 4; ++round) {
+        item->setCameraFeed(nullptr);
+        without.push_back(frameTimes(window, 40).wallMs);
+        item->setCameraFeed(std::make_unique<render::CameraPictureFeed>());
+        with.push_back(frameTimes(window, 40).wallMs);
+    }
+    std::printf("AR camera  with / without drawing the picture, 4 interleaved rounds: median frame %.1f / %.1f ms "
+                "(the picture costs %.1f ms)\n",
+                median(with), median(without), median(with) - median(without));
 }
 
 } // namespace
@@ -246,7 +329,9 @@ int main(int argc, char** argv) {
                              "gltf/CesiumMilkTruck/CesiumMilkTruck.gltf"})
         if (std::filesystem::exists(corpus / file)) dishes.push_back(corpus / file);
     benchThreeD(dishes);
-    if (wanted("AR view focus square") || wanted("AR view placed") || wanted("AR view snapshot")) benchAR(dishes.empty() ? std::filesystem::path("generated sphere") : dishes.front());
+    const std::filesystem::path dish = dishes.empty() ? std::filesystem::path("generated sphere") : dishes.front();
+    if (wanted("AR view focus square") || wanted("AR view placed") || wanted("AR view snapshot")) benchAR(dish);
+    if (wanted("AR camera")) benchCameraPicture(dish);
     core::Dispatch::setMain(nullptr);
     return 0;
 }

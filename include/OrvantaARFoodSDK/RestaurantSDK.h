@@ -6,6 +6,7 @@
 //
 // Thread: main thread, with the application object made.
 
+#include <OrvantaARFoodSDK/ARSource.h>
 #include <OrvantaARFoodSDK/RestaurantExperience.h>
 
 namespace orvanta {
@@ -26,6 +27,14 @@ public:
     // that replaced a model under the same name clears the cache to show the new one.
     // Returns false, with the reason in `whyNot` when given, if the folder could not be emptied.
     static bool clearModelCache(QString* whyNot = nullptr);
+
+    // Chooses where AR views opened from now on take their camera picture and tracking from
+    // (ARSource.h; the simulated room until a host chooses). The table card text and the
+    // calibration file are checked here: on a mistake the current source stays and false is
+    // returned, with the reason (naming the wrong field) in `whyNot` when given. An AR view
+    // already open keeps its source until the guest opens AR again.
+    static bool setARSource(const ARSource& source, QString* whyNot = nullptr);
+    static ARSource arSource();
 
 private:
     RestaurantSDK() = default;

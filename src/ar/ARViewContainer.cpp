@@ -1,5 +1,6 @@
 #include "ar/ARViewContainer.h"
 
+#include "ar/ARSourceSetting.h"
 #include "ar/ARViewContainerCoordinator.h"
 #include "ar/ARViewCoaching.h"
 #include "core/Dispatch.h"
@@ -24,7 +25,7 @@ std::shared_ptr<ARViewContainer::Coordinator> ARViewContainer::makeCoordinator()
 
 std::shared_ptr<reality::ARView> ARViewContainer::makeUIView(const Context& context) const {
     assert(context.coordinator);
-    auto view = std::make_shared<reality::ARView>(QSizeF(), makeBackend_ ? makeBackend_() : nullptr);
+    auto view = std::make_shared<reality::ARView>(QSizeF(), makeBackend_ ? makeBackend_() : ARSourceSetting::makeBackend());
     core::Dispatch::main()->async([binding = arView, view] { binding.set(view); });
 
     context.coordinator->focusIndicator = focus::FocusIndicator::make(view, focus::FocusIndicatorComponent::classic());

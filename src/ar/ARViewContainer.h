@@ -32,8 +32,8 @@ public:
     struct Context {
         std::shared_ptr<Coordinator> coordinator;
     };
-    // Makes the tracking backend of a new view; none (the default) gives the view's own
-    // default backend, the simulated world.
+    // Makes the tracking backend of a new view; none (the default) gives the one of the
+    // process's AR source (ARSourceSetting: the simulated world unless the host chose another).
     using BackendFactory = std::function<std::unique_ptr<arsession::SessionBackend>()>;
 
     ARViewContainer(Binding<std::shared_ptr<reality::ModelEntity>> modelEntity, Binding<bool> isModelLoaded,

@@ -2,7 +2,9 @@
 
 #include "ar/ARViewContainer.h"
 #include "ar/ARViewContainerCoordinator.h"
+#include "ar/StillCameraBackend.h"
 #include "arsession/SimulatedWorld.h"
+#include "arsession/camera/CardLocator.h"
 #include "import/SceneImporter.h"
 #include "models/DrawingBudgetCheck.h"
 #include "models/Reality3DViewItem.h"
@@ -13,9 +15,12 @@
 #include "render/ItemSnapshotRenderer.h"
 #include "scenegraph/SceneNodeBuilder.h"
 
+#include <OrvantaARFoodSDK/ARSource.h>
+
 #include <QQuickWindow>
 #include <QtMath>
 
+#include <cmath>
 #include <functional>
 
 namespace orvanta {
@@ -37,11 +42,49 @@ std::unique_ptr<arsession::SessionBackend> quickTableWorld() {
     return std::make_unique<arsession::SimulatedWorld>(script);
 }
 
+// The backend of a dish on the table card of a photo: the camera the card gives, still. An
+// error when the photo cannot be read, the card text or the calibration file is wrong, or the
+// photo shows no card.
+core::Result<ARViewContainer::BackendFactory> photoTable(const ModelPicture::Options& options) {
+    using namespace arsession::camera;
+    const std::string path = options.cameraPhoto.toStdString();
+    auto photo = std::make_shared<const QImage>(options.cameraPhoto);
+    if (photo->isNull()) return pictureError(5, "cannot read " + path);
+    const auto card = TableCard::parse(options.tableCard.toStdString());
+    if (!card) return pictureError(6, card.error().localizedDescription());
+    std::optional<CameraCalibration> calibration;
+    if (!options.calibrationFile.isEmpty()) {
+        auto loaded = CameraCalibration::load(options.calibrationFile);
+        if (!loaded) return pictureError(6, loaded.error().localizedDescription());
+        calibration = std::move(loaded).value();
+    }
+    const auto located = CardLocator::locateInPicture(*photo, card.value(), calibration);
+    if (!located) return pictureError(7, "no table card found in " + path);
+    const QSizeF table = ARSource::simulated().tableSize().expandedTo(card->size());
+    return ARViewContainer::BackendFactory([camera = located.value(), photo, table] {
+        return std::make_unique<StillCameraBackend>(camera, std::vector<std::shared_ptr<const QImage>>{photo}, table);
+    });
+}
+
 } // namespace
+
+QString ModelPicture::defaultLensDescription() {
+    const QSize size(1280, 720);
+    const auto lens = arsession::camera::CameraCalibration::defaultLens(size).intrinsics;
+    const double diagonal = 2.0 * std::atan(std::hypot(size.width(), size.height()) / (2.0 * lens.fx));
+    return QString("a typical laptop camera's lens (%1° diagonal field of view, no distortion)")
+        .arg(qRound(qRadiansToDegrees(diagonal)));
+}
 
 core::Result<QImage> ModelPicture::render(const std::string& modelPath, const Options& options) {
     if (!render::GlSupport::canCreateContext())
         return pictureError(1, "cannot draw: " + render::GlSupport::unavailableReason());
+    ARViewContainer::BackendFactory backend = quickTableWorld;
+    if (options.ar && !options.cameraPhoto.isEmpty()) {
+        auto onPhoto = photoTable(options);
+        if (!onPhoto) return onPhoto.error();
+        backend = std::move(onPhoto).value();
+    }
     auto imported = import::SceneImporter::importFile(modelPath);
     std::optional<core::Error> refused = imported ? DrawingBudgetCheck::check(imported.value()) : std::nullopt;
     if (!imported || refused) {
@@ -67,7 +110,7 @@ core::Result<QImage> ModelPicture::render(const std::string& modelPath, const Op
         auto loaded = Binding<bool>::cell(false);
         ARViewContainer container(Binding<std::shared_ptr<reality::ModelEntity>>::cell(model), loaded,
                                   Binding<std::shared_ptr<reality::ARView>>::cell(nullptr),
-                                  Binding<std::optional<TrackingStateEnum>>::cell(std::nullopt), quickTableWorld);
+                                  Binding<std::optional<TrackingStateEnum>>::cell(std::nullopt), backend);
         coordinator = container.makeCoordinator();
         auto view = container.makeUIView({coordinator});
         item->setARView(view);

@@ -9,6 +9,7 @@
 #include "core/Result.h"
 
 #include <QImage>
+#include <QString>
 #include <QSize>
 
 #include <string>
@@ -21,7 +22,16 @@ public:
         QSize size{1024, 768};
         bool ar = false;           // on the simulated table instead of in the 3D viewer
         float turnDegrees = 0.0f;  // turn about the vertical axis first
+        // With `ar`: a photo whose table card the dish stands on, drawn over the photo (aspect-
+        // filled into `size`); the camera's calibration file (empty: a default lens) and the
+        // card's text (ARSource.h).
+        QString cameraPhoto;
+        QString calibrationFile;
+        QString tableCard;
     };
+
+    // What the default lens is, for a warning when no calibration is given.
+    static QString defaultLensDescription();
 
     // The picture, or a "ModelPictureError" whose message says why there is none (no OpenGL,
     // the model does not import or has no triangles, it did not appear within 30 s, the

@@ -1,7 +1,6 @@
 #include "arsession/ARCamera.h"
 
-#include <QtMath>
-
+#include <algorithm>
 #include <cassert>
 #include <cmath>
 
@@ -9,41 +8,64 @@ namespace orvanta::arsession {
 
 namespace {
 
-float aspect(QSizeF viewport) { return float(viewport.width() / viewport.height()); }
+// Scale of the aspect fill and the view position of the image's top-left corner.
+struct Fill {
+    float scale;
+    QPointF origin;
+};
 
-// Half the viewport height, in view-space units at distance 1.
-float halfHeightAtUnitDistance(float verticalFieldOfView) { return std::tan(verticalFieldOfView * 0.5f); }
+Fill aspectFill(QSize image, QSizeF viewport) {
+    const float scale = float(std::max(viewport.width() / image.width(), viewport.height() / image.height()));
+    return {scale, QPointF((viewport.width() - image.width() * scale) * 0.5,
+                           (viewport.height() - image.height() * scale) * 0.5)};
+}
 
 } // namespace
 
-QMatrix4x4 ARCamera::projectionMatrix(QSizeF viewportSize, float zNear, float zFar) const {
+ARCamera::ViewLens ARCamera::viewLens(QSizeF viewportSize) const {
     assert(!viewportSize.isEmpty());
-    QMatrix4x4 projection;
-    projection.perspective(qRadiansToDegrees(verticalFieldOfView), aspect(viewportSize), zNear, zFar);
-    return projection;
+    if (!hasImage()) {
+        const float focal = float(viewportSize.height() * 0.5) / std::tan(verticalFieldOfView * 0.5f);
+        return {focal, focal, float(viewportSize.width() * 0.5), float(viewportSize.height() * 0.5)};
+    }
+    const Fill fill = aspectFill(imageResolution, viewportSize);
+    // OpenCV's pixel (0, 0) is a pixel centre: the image's corner lies half a pixel before it.
+    return {intrinsics.fx * fill.scale, intrinsics.fy * fill.scale,
+            float(fill.origin.x()) + (intrinsics.cx + 0.5f) * fill.scale,
+            float(fill.origin.y()) + (intrinsics.cy + 0.5f) * fill.scale};
+}
+
+QMatrix4x4 ARCamera::projectionMatrix(QSizeF viewportSize, float zNear, float zFar) const {
+    const ViewLens lens = viewLens(viewportSize);
+    const float width = float(viewportSize.width()), height = float(viewportSize.height());
+    // Clip x / w = 2 fx / width · x / −z + (2 cx / width − 1), likewise y (upwards), and
+    // OpenGL's depth range.
+    return QMatrix4x4(2.0f * lens.fx / width, 0.0f, 1.0f - 2.0f * lens.cx / width, 0.0f,
+                      0.0f, 2.0f * lens.fy / height, 2.0f * lens.cy / height - 1.0f, 0.0f,
+                      0.0f, 0.0f, -(zFar + zNear) / (zFar - zNear), -2.0f * zFar * zNear / (zFar - zNear),
+                      0.0f, 0.0f, -1.0f, 0.0f);
 }
 
 Ray ARCamera::ray(QPointF screenPoint, QSizeF viewportSize) const {
-    assert(!viewportSize.isEmpty());
-    const float halfHeight = halfHeightAtUnitDistance(verticalFieldOfView);
-    const float halfWidth = halfHeight * aspect(viewportSize);
-    // Normalised device coordinates: −1 … 1, y up.
-    const float x = float(screenPoint.x() / viewportSize.width()) * 2.0f - 1.0f;
-    const float y = 1.0f - float(screenPoint.y() / viewportSize.height()) * 2.0f;
-    const QVector3D local(x * halfWidth, y * halfHeight, -1.0f);
-    const QVector3D direction = transform.mapVector(local).normalized();
-    return {position(), direction};
+    const ViewLens lens = viewLens(viewportSize);
+    const QVector3D local((float(screenPoint.x()) - lens.cx) / lens.fx, (lens.cy - float(screenPoint.y())) / lens.fy,
+                          -1.0f);
+    return {position(), transform.mapVector(local).normalized()};
 }
 
 std::optional<QPointF> ARCamera::projectPoint(const QVector3D& worldPoint, QSizeF viewportSize) const {
-    assert(!viewportSize.isEmpty());
     const QVector3D local = transform.inverted().map(worldPoint);
     if (local.z() >= 0.0f) return std::nullopt;
-    const float halfHeight = halfHeightAtUnitDistance(verticalFieldOfView);
-    const float halfWidth = halfHeight * aspect(viewportSize);
-    const float x = local.x() / (-local.z() * halfWidth);
-    const float y = local.y() / (-local.z() * halfHeight);
-    return QPointF((x + 1.0f) * 0.5f * viewportSize.width(), (1.0f - y) * 0.5f * viewportSize.height());
+    const ViewLens lens = viewLens(viewportSize);
+    const float depth = -local.z();
+    return QPointF(lens.cx + lens.fx * local.x() / depth, lens.cy - lens.fy * local.y() / depth);
+}
+
+QRectF ARCamera::visibleImageRect(QSizeF viewportSize) const {
+    assert(!viewportSize.isEmpty());
+    if (!hasImage()) return QRectF(QPointF(0, 0), viewportSize);
+    const Fill fill = aspectFill(imageResolution, viewportSize);
+    return QRectF(-fill.origin / fill.scale, viewportSize / fill.scale);
 }
 
 } // namespace orvanta::arsession

@@ -58,6 +58,12 @@ QByteArray FrameRecord::encode(const ARFrame& frame) {
         {"tracking", QString::fromStdString(frame.camera.trackingState.description())},
         {"fov", double(frame.camera.verticalFieldOfView)},
     };
+    if (frame.camera.hasImage()) {
+        const CameraIntrinsics& lens = frame.camera.intrinsics;
+        const float values[4] = {lens.fx, lens.fy, lens.cx, lens.cy};
+        camera["intrinsics"] = numbers(values, 4);
+        camera["image"] = QJsonArray{frame.camera.imageResolution.width(), frame.camera.imageResolution.height()};
+    }
     QJsonArray planes;
     for (const auto& anchor : frame.anchors) {
         planes.append(QJsonObject{
@@ -91,6 +97,14 @@ std::variant<ARFrame, core::Error> FrameRecord::decode(const QByteArray& line) {
     frame.camera.trackingState = *tracking;
     if (!camera["fov"].isDouble()) return malformed("no field of view");
     frame.camera.verticalFieldOfView = float(camera["fov"].toDouble());
+    if (camera.contains("intrinsics")) {
+        float lens[4];
+        float image[2];
+        if (!readNumbers(camera["intrinsics"], lens, 4) || !readNumbers(camera["image"], image, 2))
+            return malformed("bad camera intrinsics or image size");
+        frame.camera.intrinsics = {lens[0], lens[1], lens[2], lens[3]};
+        frame.camera.imageResolution = QSize(int(image[0]), int(image[1]));
+    }
 
     if (!object["planes"].isArray()) return malformed("no plane list");
     for (const QJsonValue& value : object["planes"].toArray()) {

@@ -1,7 +1,7 @@
 #pragma once
 // The text form of one frame in a session recording: one JSON object per line,
 //   {"t":<seconds>,"camera":{"transform":[16 numbers, column-major],"tracking":"<state>",
-//    "fov":<radians>},"planes":[{"id":"<uuid>","transform":[16],"alignment":"horizontal",
+//    "fov":<radians>[,"intrinsics":[fx,fy,cx,cy],"image":[width,height]]},"planes":[{"id":"<uuid>","transform":[16],"alignment":"horizontal",
 //    "center":[x,y,z],"extent":[x,y,z],"classification":"table"}, ...]}
 // Numbers are written in their shortest exact form, so a frame reads back equal.
 // Thread: pure functions, any thread.

@@ -3,6 +3,7 @@
 #include <OrvantaARFoodSDK/HostingController.h>
 #include <OrvantaARFoodSDK/ViewController.h>
 
+#include "ar/ARSourceSetting.h"
 #include "core/TemporaryDirectory.h"
 
 namespace orvanta {
@@ -29,5 +30,13 @@ bool RestaurantSDK::clearModelCache(QString* whyNot) {
     if (!removed && whyNot) *whyNot = QString::fromStdString(removed.error().localizedDescription());
     return removed.ok();
 }
+
+bool RestaurantSDK::setARSource(const ARSource& source, QString* whyNot) {
+    const auto chosen = ARSourceSetting::choose(source);
+    if (!chosen && whyNot) *whyNot = QString::fromStdString(chosen.error().localizedDescription());
+    return chosen.ok();
+}
+
+ARSource RestaurantSDK::arSource() { return ARSourceSetting::current(); }
 
 } // namespace orvanta

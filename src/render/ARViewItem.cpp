@@ -1,13 +1,14 @@
 #include "render/ARViewItem.h"
 
 #include "reality/Transform.h"
+#include "render/CameraPictureFeed.h"
 #include "render/CoachingOverlayItem.h"
 #include "render/ItemSnapshotRenderer.h"
 #include "render/SimulatedRoomFeed.h"
 #include "render/Viewport.h"
 
-#include <QtMath>
-#include <QtQuick3D/private/qquick3dperspectivecamera_p.h>
+#include <QtQuick3D/private/qquick3dcustomcamera_p.h>
+#include <QtQuick3D/private/qquick3dsceneenvironment_p.h>
 #include <QtQuick3D/private/qquick3dviewport_p.h>
 
 namespace orvanta::render {
@@ -15,21 +16,18 @@ namespace orvanta::render {
 namespace {
 constexpr float kNearPlane = 0.01f; // metres
 constexpr float kFarPlane = 60.0f;
+const QColor kClearColor(38, 36, 34);
 } // namespace
 
 ARViewItem::ARViewItem(QQuickItem* parent)
     : QQuickItem(parent), picture_(new QQuickItem(this)), background_(new QQuickItem(picture_)),
-      world_(new QQuick3DNode()), coaching_(new CoachingOverlayItem(this)) {
-    const Viewport viewport = Viewport::make(picture_, QColor(38, 36, 34));
-    viewport_ = viewport.view;
-    camera_ = viewport.camera;
+      camera_(new QQuick3DCustomCamera()), world_(new QQuick3DNode()), coaching_(new CoachingOverlayItem(this)) {
+    viewport_ = Viewport::make(picture_, kClearColor, camera_).view;
     setFlag(ItemHasContents, false);
     setAcceptedMouseButtons(Qt::LeftButton);
     setAcceptTouchEvents(true);
     setClip(true);
 
-    camera_->setClipNear(kNearPlane);
-    camera_->setClipFar(kFarPlane);
     world_->setParentItem(viewport_->scene());
 
     background_->setZ(-1);
@@ -38,7 +36,7 @@ ARViewItem::ARViewItem(QQuickItem* parent)
 
     resources_ = std::make_unique<RenderResources>(world_);
     bridge_ = std::make_unique<EntitySceneBridge>(*resources_, world_);
-    setCameraFeed(std::make_unique<SimulatedRoomFeed>());
+    attachFeed(std::make_unique<SimulatedRoomFeed>());
 }
 
 ARViewItem::~ARViewItem() {
@@ -76,19 +74,36 @@ void ARViewItem::setCoachingOverlay(std::shared_ptr<arsession::ARCoachingOverlay
 }
 
 void ARViewItem::setCameraFeed(std::unique_ptr<CameraFeed> feed) {
+    feedChosen_ = true;
+    attachFeed(std::move(feed));
+}
+
+void ARViewItem::attachFeed(std::unique_ptr<CameraFeed> feed) {
     // The old feed's nodes go with it; the bridge keeps the entity nodes.
     feed_ = std::move(feed);
+    const bool behind = feed_ && feed_->drawsInBackground();
+    viewport_->environment()->setBackgroundMode(behind ? QQuick3DSceneEnvironment::Transparent
+                                                       : QQuick3DSceneEnvironment::Color);
     if (feed_) feed_->attach(*resources_, world_, background_);
+}
+
+void ARViewItem::project(const arsession::ARCamera& camera) {
+    if (width() <= 0 || height() <= 0) return;
+    camera_->setProjection(camera.projectionMatrix(size(), kNearPlane, kFarPlane));
 }
 
 void ARViewItem::syncFrame() {
     if (!view_) return;
     bridge_->sync(view_->scene());
     if (const arsession::ARFrame* frame = view_->session()->currentFrame()) {
+        if (!feedChosen_) {
+            feedChosen_ = true;
+            if (frame->capturedImage) attachFeed(std::make_unique<CameraPictureFeed>());
+        }
         const reality::Transform pose = reality::Transform::fromMatrix(frame->camera.transform);
         camera_->setPosition(pose.translation);
         camera_->setRotation(pose.rotation);
-        camera_->setFieldOfView(qRadiansToDegrees(frame->camera.verticalFieldOfView));
+        project(frame->camera);
         if (feed_) feed_->update(*frame);
     }
     const bool coaching = overlay_ && overlay_->isActive();
@@ -101,7 +116,12 @@ void ARViewItem::geometryChange(const QRectF& newGeometry, const QRectF& oldGeom
     for (QQuickItem* layer :
          {picture_, background_, static_cast<QQuickItem*>(viewport_), static_cast<QQuickItem*>(coaching_)})
         layer->setSize(newGeometry.size());
-    if (view_) view_->setFrameSize(newGeometry.size());
+    if (!view_) return;
+    view_->setFrameSize(newGeometry.size());
+    if (const arsession::ARFrame* frame = view_->session()->currentFrame()) {
+        project(frame->camera);
+        if (feed_) feed_->update(*frame);
+    }
 }
 
 void ARViewItem::forward(reality::TouchEvent::Phase phase, std::vector<QPointF> points) {

@@ -1,10 +1,14 @@
 #pragma once
 // Shows an AR view: the camera picture (from its CameraFeed) behind the view's entity scene,
-// both drawn with the session camera's pose and field of view, so content stays fixed on
-// the table while the camera sways; the coaching overlay on top while it is active. Touches
-// and mouse drags on the item go to the view's gestures. Its snapshots hold the camera
-// picture and the 3D view only: neither the coaching overlay nor anything a layout stacks
-// above the item.
+// both drawn with the session camera's pose and projection (ARCamera::projectionMatrix, which
+// honours a real lens's principal point and the aspect-fill crop of its picture), so content
+// stays fixed on the table while the camera moves; the coaching overlay on top while it is
+// active. Touches and mouse drags on the item go to the view's gestures. Its snapshots hold
+// the camera picture and the 3D view only: neither the coaching overlay nor anything a layout
+// stacks above the item.
+//
+// The feed is the simulated room until one is set or the first session frame brings a camera
+// picture, which replaces it with the picture itself (CameraPictureFeed).
 //
 // Every session frame brings the Quick 3D scene in line with the entity scene (see
 // EntitySceneBridge): nothing is rebuilt per frame.
@@ -21,7 +25,7 @@
 #include <memory>
 
 class QQuick3DViewport;
-class QQuick3DPerspectiveCamera;
+class QQuick3DCustomCamera;
 
 namespace orvanta::render {
 
@@ -43,7 +47,7 @@ public:
     const std::shared_ptr<reality::ARView>& arView() const { return view_; }
     // The overlay to draw while it is active; null draws none.
     void setCoachingOverlay(std::shared_ptr<arsession::ARCoachingOverlayView> overlay);
-    // Replaces the camera picture (the simulated room by default).
+    // Replaces the camera picture, for good (the first frame no longer chooses one).
     void setCameraFeed(std::unique_ptr<CameraFeed> feed);
 
     QQuick3DViewport* viewport() const { return viewport_; }
@@ -64,18 +68,21 @@ protected:
 
 private:
     void syncFrame();
+    void attachFeed(std::unique_ptr<CameraFeed> feed);
+    void project(const arsession::ARCamera& camera);
     void forward(reality::TouchEvent::Phase phase, std::vector<QPointF> points);
 
     // What snapshots show: the camera picture and, in front of it, the 3D view.
     QQuickItem* picture_;
     QQuickItem* background_;
     QQuick3DViewport* viewport_ = nullptr;
-    QQuick3DPerspectiveCamera* camera_ = nullptr;
+    QQuick3DCustomCamera* camera_;
     QQuick3DNode* world_;
     CoachingOverlayItem* coaching_;
     std::unique_ptr<RenderResources> resources_;
     std::unique_ptr<EntitySceneBridge> bridge_;
     std::unique_ptr<CameraFeed> feed_;
+    bool feedChosen_ = false; // a feed was set, or the first frame has been seen
     std::shared_ptr<reality::ARView> view_;
     std::shared_ptr<arsession::ARCoachingOverlayView> overlay_;
     core::Cancellable frames_;

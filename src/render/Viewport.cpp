@@ -8,7 +8,7 @@
 
 namespace orvanta::render {
 
-Viewport Viewport::make(QQuickItem* parent, const QColor& background) {
+Viewport Viewport::make(QQuickItem* parent, const QColor& background, QQuick3DCamera* camera) {
     // The background: a plain rectangle under every other child of `parent`, sized with it.
     auto* backdrop = new QQuickRectangle(parent);
     backdrop->setColor(background);
@@ -29,12 +29,16 @@ Viewport Viewport::make(QQuickItem* parent, const QColor& background) {
     environment->setBackgroundMode(QQuick3DSceneEnvironment::QQuick3DEnvironmentBackgroundTypes::Transparent);
     view->setEnvironment(environment);
 
-    auto* camera = new QQuick3DPerspectiveCamera();
+    QQuick3DPerspectiveCamera* perspective = nullptr;
+    if (!camera) {
+        perspective = new QQuick3DPerspectiveCamera();
+        perspective->setFieldOfViewOrientation(QQuick3DPerspectiveCamera::Vertical);
+        camera = perspective;
+    }
     camera->setParentItem(view->scene());
-    camera->setFieldOfViewOrientation(QQuick3DPerspectiveCamera::Vertical);
     view->setCamera(camera);
     status->componentComplete();
-    return {view, camera};
+    return {view, perspective};
 }
 
 } // namespace orvanta::render

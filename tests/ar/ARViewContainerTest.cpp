@@ -1,3 +1,4 @@
+#include "ar/ARSourceSetting.h"
 #include "ar/ARViewContainer.h"
 #include "ar/ARViewContainerCoordinator.h"
 
@@ -8,6 +9,9 @@
 #include "reality/MeshResource.h"
 #include "reality/SimpleMaterial.h"
 #include "support/LogCapture.h"
+
+#include <QFile>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -188,4 +192,48 @@ TEST_F(ARViewContainerTest, PlaneDiscoveryCoachesInOrderAndAnInterruptionPausesT
     const auto lines = log.lines();
     EXPECT_NE(std::find(lines.begin(), lines.end(), "ARSession was interrupted"), lines.end());
     EXPECT_FALSE(view->session()->isRunning());
+}
+
+TEST(ARSourceSetting, AMistakeNamesItsFieldAndKeepsTheCurrentSource) {
+    QTemporaryDir folder;
+    const QString calibration = folder.filePath("lens.yml");
+    {
+        QFile file(calibration);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("%YAML:1.0\n---\nimage_width: 640\nimage_height: 480\n"
+                   "camera_matrix: !!opencv-matrix\n   rows: 3\n   cols: 3\n   dt: d\n"
+                   "   data: [ 600., 0., 320., 0., 600., 240., 0., 0., 1. ]\n"
+                   "distortion_coefficients: !!opencv-matrix\n   rows: 1\n   cols: 5\n   dt: d\n"
+                   "   data: [ -0.1, 0.01, 0., 0., 0. ]\n");
+    }
+    const ARSource good = ARSource::camera("video0").withCalibration(calibration).withTableSize(QSizeF(0.8, 0.5));
+    ASSERT_TRUE(ARSourceSetting::choose(good)) << ARSourceSetting::choose(good).error().localizedDescription();
+    EXPECT_EQ(ARSourceSetting::current(), good);
+
+    struct Case {
+        ARSource source;
+        std::string field;
+    };
+    const Case mistakes[] = {
+        {ARSource::camera().withTableCard("charuco:5x7:0.04:0.02:DICT_NOPE"), "table card"},
+        {ARSource::camera().withTableCard("qr:-1"), "table card"},
+        {ARSource::camera().withCalibration(folder.filePath("missing.yml")), "calibration"},
+        {ARSource::camera().withTableSize(QSizeF(0, 0.6)), "table size"},
+        {ARSource::videoFile(folder.filePath("missing.avi")), "video file"},
+        {ARSource::pictureFolder(folder.filePath("missing")), "picture folder"},
+        {ARSource::pictureFolder(folder.path(), 0.0), "picture folder"},
+    };
+    for (const Case& mistake : mistakes) {
+        const auto chosen = ARSourceSetting::choose(mistake.source);
+        ASSERT_FALSE(chosen) << mistake.field;
+        EXPECT_EQ(chosen.error().domain(), ARSourceSetting::errorDomain);
+        EXPECT_EQ(chosen.error().localizedDescription().rfind(mistake.field + ": ", 0), 0u)
+            << chosen.error().localizedDescription();
+        EXPECT_EQ(ARSourceSetting::current(), good);
+    }
+
+    // A camera source gives views a camera backend; the simulated room leaves them the view's own.
+    EXPECT_NE(ARSourceSetting::makeBackend(), nullptr);
+    ASSERT_TRUE(ARSourceSetting::choose(ARSource::simulated()));
+    EXPECT_EQ(ARSourceSetting::makeBackend(), nullptr);
 }

@@ -59,6 +59,14 @@ TEST(RecordReplayTest, MalformedRecordsAreErrors) {
     frame.timestamp = 1.5;
     const QByteArray good = FrameRecord::encode(frame);
     EXPECT_TRUE(std::holds_alternative<ARFrame>(FrameRecord::decode(good)));
+    EXPECT_FALSE(good.contains("intrinsics")); // a frame without a camera image has no lens
+
+    ARFrame cameraFrame = frame;
+    cameraFrame.camera.intrinsics = {912.5f, 910.25f, 641.75f, 355.5f};
+    cameraFrame.camera.imageResolution = QSize(1280, 720);
+    const auto lens = FrameRecord::decode(FrameRecord::encode(cameraFrame));
+    ASSERT_TRUE(std::holds_alternative<ARFrame>(lens));
+    EXPECT_EQ(std::get<ARFrame>(lens), cameraFrame);
 
     QByteArray badTracking = good;
     badTracking.replace("notAvailable", "sideways");

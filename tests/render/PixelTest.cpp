@@ -1,6 +1,7 @@
 // What the two views put on screen, checked by regions and colours rather than whole images.
 #include "ar/ARViewContainer.h"
 #include "ar/ARViewContainerCoordinator.h"
+#include "ar/StillCameraBackend.h"
 #include "arsession/SimulatedWorld.h"
 #include "focus/FocusIndicator.h"
 #include "import/SceneImporter.h"
@@ -153,8 +154,20 @@ struct ThreeDWindow {
     }
 };
 
-// An AR window on a simulated room that finds its table at once; `model` (may be null) is
-// handed to the container as the screen does.
+// A simulated room that finds its table at once.
+ARViewContainer::BackendFactory quickRoom(float sway, double initializing = 0.05) {
+    return [sway, initializing] {
+        arsession::SimulatedWorld::Script script;
+        script.notAvailableFor = 0.0;
+        script.initializingFor = initializing;
+        script.planeGrowthDuration = 0.1;
+        script.swayAmplitude = sway;
+        return std::make_unique<arsession::SimulatedWorld>(script);
+    };
+}
+
+// An AR window whose session comes from `backend`; `model` (may be null) is handed to the
+// container as the screen does.
 struct ARWindow {
     QQuickWindow window;
     render::ARViewItem* item = new render::ARViewItem(window.contentItem());
@@ -164,16 +177,9 @@ struct ARWindow {
     std::shared_ptr<ARViewContainer::Coordinator> coordinator;
     std::shared_ptr<reality::ARView> view;
 
-    explicit ARWindow(float sway, double initializing = 0.05, QSize size = kViewSize)
+    explicit ARWindow(ARViewContainer::BackendFactory backend, QSize size = kViewSize)
         : container(model, loaded, Binding<std::shared_ptr<reality::ARView>>::cell(nullptr),
-                    Binding<std::optional<TrackingStateEnum>>::cell(std::nullopt), [sway, initializing] {
-                        arsession::SimulatedWorld::Script script;
-                        script.notAvailableFor = 0.0;
-                        script.initializingFor = initializing;
-                        script.planeGrowthDuration = 0.1;
-                        script.swayAmplitude = sway;
-                        return std::make_unique<arsession::SimulatedWorld>(script);
-                    }) {
+                    Binding<std::optional<TrackingStateEnum>>::cell(std::nullopt), std::move(backend)) {
         window.resize(size);
         item->setSize(size);
         window.show();
@@ -193,7 +199,7 @@ struct ARWindow {
     // Where the anchor of the placed model shows on screen now.
     QPointF anchorOnScreen() const {
         const auto anchor = model.get()->parent();
-        return *view->session()->currentFrame()->camera.projectPoint(anchor->position(nullptr), QSizeF(kViewSize));
+        return *view->session()->currentFrame()->camera.projectPoint(anchor->position(nullptr), item->size());
     }
 };
 
@@ -236,7 +242,7 @@ TEST(ThreeDViewerPixels, InstancesShowAtTheirPlacesInTheirColoursInBothViews) {
     // The view frames both copies, not the box alone at the middle.
     EXPECT_NEAR((left.centroid.x() + blue.centroid.x()) / 2, w / 2.0, w / 20.0);
 
-    ARWindow ar(0.0f);
+    ARWindow ar(quickRoom(0.0f));
     auto entity = reality::ModelEntity::fromImportedScene(scene);
     ar.place(entity);
     const QImage placed = ar.pictureWhen([&] { return ar.loaded.get() && entity->isActive(); });
@@ -322,7 +328,7 @@ TEST(ThreeDViewerPixels, DoubleSidedAndMaskedMaterialsDrawWhatTheySay) {
 
 TEST(ARViewPixels, TheSquareThenThePlacedDishStayOnTheTableWhileTheCameraSways) {
     SKIP_WITHOUT_GL();
-    ARWindow ar(0.02f);
+    ARWindow ar(quickRoom(0.02f));
     // Before placement: the table fills the lower middle and the amber square lies near the centre.
     const QImage searching = ar.pictureWhen([&] {
         const auto indicator = ar.coordinator->focusIndicator;
@@ -352,7 +358,7 @@ TEST(ARViewPixels, TheSquareThenThePlacedDishStayOnTheTableWhileTheCameraSways) 
 TEST(ARViewPixels, TheRoomFillsWindowsOfEveryShape) {
     SKIP_WITHOUT_GL();
     for (const QSize size : {QSize(360, 640), QSize(1600, 1000)}) {
-        ARWindow ar(0.0f, 0.05, size);
+        ARWindow ar(quickRoom(0.0f), size);
         const QImage room = ar.pictureWhen([&] { return ar.coordinator->focusIndicator->onPlane(); });
         // Where the room ends the view's dark neutral clear colour shows; the room's darkest
         // parts, the table's legs in shade, are brown.
@@ -367,7 +373,7 @@ TEST(ARViewPixels, TheRoomFillsWindowsOfEveryShape) {
 // table a little further out along the same grain.
 TEST(ARViewPixels, TheTableBesideAPlacedDishIsDarkerThanFurtherOut) {
     SKIP_WITHOUT_GL();
-    ARWindow ar(0.0f);
+    ARWindow ar(quickRoom(0.0f));
     auto dish = reality::ModelEntity::fromImportedScene(redBox(0.2f));
     ar.place(dish);
     const QImage picture = ar.pictureWhen([&] { return ar.loaded.get() && dish->isActive(); });
@@ -390,7 +396,7 @@ TEST(ARViewPixels, TheTableBesideAPlacedDishIsDarkerThanFurtherOut) {
 
 TEST(ARViewPixels, ThePlaneStyleSquareFillsGreenOnTheTable) {
     SKIP_WITHOUT_GL();
-    ARWindow ar(0.0f);
+    ARWindow ar(quickRoom(0.0f));
     ar.coordinator->focusIndicator->destroy();
     const auto square = focus::FocusIndicator::make(ar.view, focus::FocusIndicatorComponent::plane());
     const QImage onTable = ar.pictureWhen([&] { return square->onPlane(); });
@@ -403,7 +409,7 @@ TEST(ARViewPixels, ThePlaneStyleSquareFillsGreenOnTheTable) {
 TEST(ARViewPixels, TheCoachingOverlayVeilsTheViewUntilThePlaneIsFound) {
     SKIP_WITHOUT_GL();
     // Long enough that the veil is still up when a loaded machine draws its first frame.
-    ARWindow ar(0.0f, 4.0);
+    ARWindow ar(quickRoom(0.0f, 4.0));
     const auto overlay = ar.coordinator->coachingOverlay;
     const QImage coaching = ar.pictureWhen([&] { return overlay->isActive(); });
     const Region text = find(coaching, [](QRgb p) { return qGray(p) > 235; });
@@ -416,7 +422,7 @@ TEST(ARViewPixels, TheCoachingOverlayVeilsTheViewUntilThePlaneIsFound) {
 
 TEST(ARViewPixels, SnapshotsShowTheViewAloneAtItsSizeAndAnHDRSnapshotHoldsFloats) {
     SKIP_WITHOUT_GL();
-    ARWindow ar(0.0f);
+    ARWindow ar(quickRoom(0.0f));
     auto dish = reality::ModelEntity::fromImportedScene(redBox(0.2f));
     ar.place(dish);
     ar.pictureWhen([&] { return ar.loaded.get() && dish->isActive(); });
@@ -446,7 +452,7 @@ TEST(ARViewPixels, SnapshotsShowTheViewAloneAtItsSizeAndAnHDRSnapshotHoldsFloats
 
 TEST(ARViewPixels, ADragOverThePlacedDishMovesIt) {
     SKIP_WITHOUT_GL();
-    ARWindow ar(0.0f);
+    ARWindow ar(quickRoom(0.0f));
     auto dish = reality::ModelEntity::fromImportedScene(redBox(0.2f));
     ar.place(dish);
     ar.pictureWhen([&] { return ar.loaded.get() && dish->isActive(); });
@@ -460,4 +466,148 @@ TEST(ARViewPixels, ADragOverThePlacedDishMovesIt) {
     for (int i = 0; i < 10; ++i) send(QEvent::MouseMove, at += QPointF(4, 0), Qt::LeftButton);
     send(QEvent::MouseButtonRelease, at, Qt::NoButton);
     EXPECT_GT(dish->position(nullptr).distanceToPoint(before), 0.02f);
+}
+
+namespace {
+
+bool blue(QRgb p) { return qBlue(p) > 150 && qRed(p) < 80 && qGreen(p) < 80; }
+
+// A camera `distance` metres from the table's centre, `elevation` above the table and turned
+// `yaw` about the vertical, looking at `target`.
+QMatrix4x4 orbitingCamera(float distance, float elevationDegrees, float yawDegrees, QVector3D target) {
+    const float e = qDegreesToRadians(elevationDegrees), y = qDegreesToRadians(yawDegrees);
+    const QVector3D eye = target + distance * QVector3D(std::cos(e) * std::sin(y), std::sin(e), std::cos(e) * std::cos(y));
+    QMatrix4x4 view;
+    view.lookAt(eye, target, QVector3D(0, 1, 0));
+    return view.inverted();
+}
+
+// Where the camera's picture shows `world`, in its pixels (a pinhole lens, y down; (0, 0) is
+// the centre of the top-left pixel).
+QPointF inPicture(const QMatrix4x4& pose, const arsession::CameraIntrinsics& lens, QVector3D world) {
+    const QVector3D p = pose.inverted().map(world);
+    return {lens.cx + lens.fx * p.x() / -p.z(), lens.cy - lens.fy * p.y() / -p.z()};
+}
+
+QPointF polygonCentroid(const QPolygonF& polygon) {
+    double area = 0, x = 0, y = 0;
+    for (int i = 0; i < polygon.size(); ++i) {
+        const QPointF a = polygon[i], b = polygon[(i + 1) % polygon.size()];
+        const double cross = a.x() * b.y() - b.x() * a.y();
+        area += cross;
+        x += (a.x() + b.x()) * cross;
+        y += (a.y() + b.y()) * cross;
+    }
+    return {x / (3 * area), y / (3 * area)};
+}
+
+// Where a view of `view` points shows the point `pixel` (measured from the top-left corner) of
+// a picture of `picture` pixels aspect-filled into it.
+QPointF inView(QPointF pixel, QSizeF picture, QSizeF view) {
+    const double scale = std::max(view.width() / picture.width(), view.height() / picture.height());
+    return {pixel.x() * scale - (picture.width() * scale - view.width()) / 2,
+            pixel.y() * scale - (picture.height() * scale - view.height()) / 2};
+}
+
+} // namespace
+
+TEST(ARViewPixels, OnACameraPictureTheDishStandsWhereThePictureShowsItsPlace) {
+    SKIP_WITHOUT_GL();
+    struct Case {
+        const char* name;
+        QSize picture;
+        arsession::CameraIntrinsics lens;
+        float distance, elevation, yaw;
+    };
+    const Case cases[] = {
+        {"same size as the view, principal point off centre", {640, 480}, {560, 560, 340, 225}, 0.45f, 50, 0},
+        {"wider picture, cropped at the sides", {1280, 720}, {950, 950, 610, 380}, 0.5f, 40, 30},
+        {"upright picture, cropped at the top and bottom", {480, 640}, {520, 520, 250, 310}, 0.4f, 62, -60},
+    };
+    const QVector3D marks[] = {{0.12f, 0, 0}, {-0.1f, 0, 0.08f}};
+    // A thin red plate 0.1 m across resting on the table; placed at half size, the centre of
+    // its lit top stands 2 mm above the table's centre.
+    auto plateScene = std::make_shared<import::ImportedScene>();
+    {
+        import::ImportedMesh mesh = reality::MeshResource::generateBox(0.1f, 0.004f, 0.1f)->mesh();
+        for (QVector3D& p : mesh.positions) p.setY(p.y() + 0.002f);
+        plateScene->meshes.push_back(std::move(mesh));
+        import::ImportedMaterial red;
+        red.baseColorFactor = QVector4D(0.8f, 0.02f, 0.02f, 1.0f);
+        plateScene->materials.push_back(red);
+        plateScene->meshes[0].subsets.front().material = 0;
+        import::ImportedNode root;
+        root.meshes = {0};
+        plateScene->nodes.push_back(root);
+    }
+    // The corners of its top, placed at half size on the table's centre.
+    const QVector3D plateTop[] = {{-0.025f, 0.002f, -0.025f}, {0.025f, 0.002f, -0.025f}, {0.025f, 0.002f, 0.025f}, {-0.025f, 0.002f, 0.025f}};
+    const auto litRed = [](QRgb p) { return reddish(p) && qRed(p) > 200; }; // the top, not the shaded sides
+
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QMatrix4x4 pose = orbitingCamera(c.distance, c.elevation, c.yaw, QVector3D(0.04f, 0, -0.03f));
+        // A grey table with blue marks where two points of it lie.
+        auto picture = std::make_shared<QImage>(c.picture, QImage::Format_RGB32);
+        for (int y = 0; y < c.picture.height(); ++y)
+            for (int x = 0; x < c.picture.width(); ++x)
+                picture->setPixel(x, y, qRgb(110 + 40 * x / c.picture.width(), 120, 100 + 30 * y / c.picture.height()));
+        // Each mark is drawn round the pixel its point falls in; `drawnAt` holds their centres.
+        std::vector<QPointF> drawnAt;
+        for (const QVector3D& mark : marks) {
+            const QPoint at = inPicture(pose, c.lens, mark).toPoint();
+            for (int dy = -4; dy <= 4; ++dy)
+                for (int dx = -4; dx <= 4; ++dx)
+                    if (dx * dx + dy * dy <= 16) picture->setPixel(at.x() + dx, at.y() + dy, qRgb(20, 30, 220));
+            drawnAt.push_back(QPointF(at) + QPointF(0.5, 0.5));
+        }
+        arsession::ARCamera camera;
+        camera.transform = pose;
+        camera.intrinsics = c.lens;
+        camera.imageResolution = c.picture;
+        ARWindow ar([&] { return std::make_unique<StillCameraBackend>(camera, std::vector<std::shared_ptr<const QImage>>{picture}, QSizeF(0.6, 0.6)); });
+        auto plate = reality::ModelEntity::fromImportedScene(plateScene);
+        ar.place(plate);
+        const QImage shown = ar.pictureWhen([&] { return ar.loaded.get() && plate->isActive(); });
+        ASSERT_EQ(shown.size(), kViewSize);
+
+        // Centroids count pixels by their index: a region centred on the point p of the view
+        // has its centroid at p − (0.5, 0.5).
+        const QPointF half(0.5, 0.5);
+        int marksShown = 0;
+        for (const QPointF& mark : drawnAt) {
+            const QPointF where = inView(mark, QSizeF(c.picture), QSizeF(kViewSize)) - half;
+            const QRect around = QRect(int(where.x()) - 20, int(where.y()) - 20, 41, 41);
+            if (!shown.rect().contains(around)) continue; // cropped away
+            ++marksShown;
+            const Region drawn = find(shown, blue, around);
+            ASSERT_GT(drawn.count, 10) << "mark not shown near " << where.x() << ", " << where.y();
+            EXPECT_LT(QLineF(drawn.centroid, where).length(), 1.0);
+        }
+        EXPECT_GT(marksShown, 0);
+        const Region dish = find(shown, litRed);
+        ASSERT_GT(dish.count, 200);
+        // The centroid of the top as the picture shows it: its four corners' polygon.
+        QPolygonF top;
+        for (const QVector3D& corner : plateTop)
+            top << inView(inPicture(pose, c.lens, corner) + half, QSizeF(c.picture), QSizeF(kViewSize));
+        const QPointF dishAt = polygonCentroid(top) - half;
+        EXPECT_LT(QLineF(dish.centroid, dishAt).length(), 1.0)
+            << "dish drawn at " << dish.centroid.x() << ", " << dish.centroid.y() << "; its place shows at "
+            << dishAt.x() << ", " << dishAt.y();
+        EXPECT_EQ(find(shown, amber).count, 0) << "focus square left on the photo";
+
+        if (c.picture == kViewSize) {
+            // The picture itself is shown as taken, away from the dish and its shadow.
+            int changed = 0;
+            for (int y = 0; y < kViewSize.height(); ++y)
+                for (int x = 0; x < kViewSize.width(); ++x) {
+                    if (QLineF(QPointF(x, y), dishAt).length() < 70) continue;
+                    const QRgb a = shown.pixel(x, y), b = picture->pixel(x, y);
+                    if (std::abs(qRed(a) - qRed(b)) + std::abs(qGreen(a) - qGreen(b)) + std::abs(qBlue(a) - qBlue(b)) > 3)
+                        ++changed;
+                }
+            EXPECT_EQ(changed, 0);
+        }
+    }
 }
