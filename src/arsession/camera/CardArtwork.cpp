@@ -13,10 +13,11 @@ namespace orvanta::arsession::camera {
 namespace {
 
 // The QR code holding `text`, one module per pixel, without its quiet zone; empty when the
-// text does not fit a QR code.
+// text does not fit a QR code. The lowest error correction keeps the modules large, so the
+// code is found from farther away.
 cv::Mat qrModules(const std::string& text) {
     const std::unique_ptr<QRcode, decltype(&QRcode_free)> code(
-        QRcode_encodeString(text.c_str(), 0, QR_ECLEVEL_M, QR_MODE_8, 1), &QRcode_free);
+        QRcode_encodeString(text.c_str(), 0, QR_ECLEVEL_L, QR_MODE_8, 1), &QRcode_free);
     if (!code) return {};
     cv::Mat modules(code->width, code->width, CV_8UC1);
     for (int y = 0; y < code->width; ++y)
