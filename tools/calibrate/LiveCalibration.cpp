@@ -63,7 +63,7 @@ bool LiveCalibration::isNew(const Pose& pose) const {
     const double cosine = std::cos(newAngleDegrees * M_PI / 180.0);
     for (const Pose& taken : taken_) {
         const bool turned = pose.normal.dot(taken.normal) < cosine;
-        const bool moved = cv::norm(pose.centre - taken.centre) > newPlace * window_.width();
+        const bool moved = cv::norm(pose.centre - taken.centre) > newPlace;
         if (!turned && !moved) return false;
     }
     return true;
@@ -87,7 +87,8 @@ void LiveCalibration::show(QImage picture) {
             cv::Matx33d turn;
             cv::Rodrigues(rotation, turn);
             cv::Point2f centre;
-            for (const cv::Point2f& corner : detection->corners) centre += corner / float(detection->corners.size());
+            for (const cv::Point2f& corner : detection->corners)
+                centre += corner / float(detection->corners.size() * std::size_t(size.width));
             const Pose pose{turn * cv::Vec3d(0, 0, 1), centre};
             if (isNew(pose)) {
                 taken_.push_back(pose);

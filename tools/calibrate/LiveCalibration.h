@@ -32,7 +32,7 @@ public:
 private:
     struct Pose {
         cv::Vec3d normal;  // the card's normal in the camera's frame
-        cv::Point2f centre; // the seen corners' centre in the picture
+        cv::Point2f centre; // the seen corners' centre, in picture widths
     };
     void show(QImage picture);
     bool isNew(const Pose& pose) const;
