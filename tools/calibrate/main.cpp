@@ -90,8 +90,8 @@ int fromVideo(const QString& file, const TableCard& card, const std::string& out
         ++read;
         if (index % step == 0) addView(views, picture, size);
     }
-    std::printf("%d of %d frames read show the card well enough (every %d%s frame looked at)\n", views.count(), read,
-                step, step == 1 ? "" : "th");
+    std::printf("%d of %d frames looked at show the card well enough (of %d in the video)\n", views.count(),
+                (read + step - 1) / step, read);
     return calibrateAndSave(views, card, output);
 }
 
