@@ -14,7 +14,7 @@ packages=(
   qml6-module-qt5compat-graphicaleffects qml6-module-qtquick-dialogs
   fonts-material-design-icons-iconfont
   libassimp-dev liblz4-dev nlohmann-json3-dev libdraco-dev
-  libopencv-dev libopencv-contrib-dev
+  libopencv-dev libopencv-contrib-dev libqrencode-dev poppler-utils
   qt6-multimedia-dev qml6-module-qtmultimedia gstreamer1.0-plugins-base gstreamer1.0-plugins-good
   libgtest-dev libgmock-dev libbenchmark-dev zlib1g-dev
   xvfb xauth libgl1-mesa-dri mesa-utils time

@@ -1,15 +1,16 @@
 #include "support/SyntheticCameraFrames.h"
 
-#include <opencv2/aruco/charuco.hpp>
+#include "arsession/camera/CardArtwork.h"
+
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgproc.hpp>
-#include <opencv2/objdetect.hpp>
 
 #include <cmath>
 
 namespace orvanta::testing {
 
 using arsession::camera::CameraCalibration;
+using arsession::camera::CardArtwork;
 using arsession::camera::TableCard;
 
 namespace {
@@ -23,43 +24,14 @@ constexpr int gridStep = 8; // fine samples between exactly undistorted rays
 // Image pixel coordinate (OpenCV's: 0 at the first pixel's centre) of fine sample `i`'s centre.
 float fineToPixel(int i) { return (float(i) + 0.5f) / supersampling - 0.5f; }
 
-// The printed code, grey, exactly card.size() at cardPixelsPerMetre.
-cv::Mat printedPattern(const TableCard& card) {
-    const QSizeF size = card.size();
-    const cv::Size pixels(int(std::lround(size.width() * cardPixelsPerMetre)),
-                          int(std::lround(size.height() * cardPixelsPerMetre)));
-    cv::Mat pattern;
-    switch (card.kind) {
-    case TableCard::Kind::charuco:
-        cv::aruco::CharucoBoard::create(card.columns, card.rows, card.squareSize, card.markerSize,
-                                        cv::aruco::getPredefinedDictionary(card.dictionary))
-            ->draw(pixels, pattern);
-        break;
-    case TableCard::Kind::aruco:
-        cv::aruco::drawMarker(cv::aruco::getPredefinedDictionary(card.dictionary), card.markerId, pixels.width,
-                              pattern);
-        break;
-    case TableCard::Kind::qr: {
-        cv::Mat code;
-        cv::QRCodeEncoder::create()->encode("https://menu.example/table/12", code);
-        // The encoder adds a quiet zone; the card's side is the code's own square.
-        cv::Mat dark;
-        cv::threshold(code, dark, 127, 255, cv::THRESH_BINARY_INV);
-        cv::resize(code(cv::boundingRect(dark)), pattern, pixels, 0, 0, cv::INTER_NEAREST);
-        break;
-    }
-    }
-    return pattern;
-}
-
-// The card as printed: the code on white paper with a margin (four QR modules' worth for QR
-// codes, which need a quiet zone), in BGR. `origin` receives the code's top-left pixel.
+// The card as printed: the code on white paper with its margin, in BGR; printer black is not
+// perfectly black. `origin` receives the code's top-left pixel.
 cv::Mat printedCard(const TableCard& card, cv::Point& origin) {
-    const cv::Mat pattern = printedPattern(card);
-    const int margin = int(pattern.cols * (card.kind == TableCard::Kind::charuco ? 0.06 : 0.2));
+    QImage artwork = CardArtwork::draw(card, cardPixelsPerMetre, "https://menu.example/table/12").value();
+    const cv::Mat pattern(artwork.height(), artwork.width(), CV_8UC1, artwork.bits(), std::size_t(artwork.bytesPerLine()));
+    const int margin = int(std::lround(CardArtwork::margin(card) * cardPixelsPerMetre));
     cv::Mat paper(pattern.rows + 2 * margin, pattern.cols + 2 * margin, CV_8UC1, cv::Scalar(245));
     cv::Mat code;
-    // Printer black is not perfectly black.
     pattern.convertTo(code, CV_8UC1, 215.0 / 255.0, 30.0);
     code.copyTo(paper(cv::Rect(margin, margin, pattern.cols, pattern.rows)));
     origin = cv::Point(margin, margin);

@@ -23,7 +23,8 @@ public:
 
     // Errors of card texts: code 1, the message names the text and the field at fault.
     static constexpr const char* errorDomain = "TableCardError";
-    static constexpr const char* defaultText = "charuco:5x7:0.04:0.02:DICT_6X6_250";
+    // Fits an A4 or Letter page with the measuring bar and the printing note.
+    static constexpr const char* defaultText = "charuco:5x7:0.03:0.022:DICT_6X6_250";
 
     static core::Result<TableCard> parse(std::string_view text);
 
