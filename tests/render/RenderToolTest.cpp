@@ -129,3 +129,4 @@ TEST(RenderTool, OnAPhotoOfTheCardTheDishStandsOnTheCardAndTheRestIsThePhoto) {
     EXPECT_TRUE(missing.err.contains("no table card found in " + bare)) << missing.err.toStdString();
     EXPECT_FALSE(QFile::exists(out));
 }
+} // namespace
