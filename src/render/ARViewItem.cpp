@@ -81,9 +81,6 @@ void ARViewItem::setCameraFeed(std::unique_ptr<CameraFeed> feed) {
 void ARViewItem::attachFeed(std::unique_ptr<CameraFeed> feed) {
     // The old feed's nodes go with it; the bridge keeps the entity nodes.
     feed_ = std::move(feed);
-    const bool behind = feed_ && feed_->drawsInBackground();
-    viewport_->environment()->setBackgroundMode(behind ? QQuick3DSceneEnvironment::Transparent
-                                                       : QQuick3DSceneEnvironment::Color);
     if (feed_) feed_->attach(*resources_, world_, background_);
 }
 

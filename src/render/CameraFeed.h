@@ -22,9 +22,6 @@ public:
     virtual void attach(RenderResources& resources, QQuick3DNode* world, QQuickItem* background) = 0;
     // Called for every new session frame.
     virtual void update(const arsession::ARFrame& frame) = 0;
-    // Whether the feed draws into the background item, so the 3D view must let it show
-    // through (clear to transparent) instead of clearing to its own colour.
-    virtual bool drawsInBackground() const = 0;
 };
 
 } // namespace orvanta::render

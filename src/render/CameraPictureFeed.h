@@ -24,7 +24,6 @@ public:
 
     void attach(RenderResources& resources, QQuick3DNode* world, QQuickItem* background) override;
     void update(const arsession::ARFrame& frame) override;
-    bool drawsInBackground() const override { return true; }
 
     // Mean brightness of `picture` in [0, 1] (Rec. 709 weights on a 16 × 12 grid of samples).
     static float meanBrightness(const QImage& picture);

@@ -3,6 +3,7 @@
 #include "render/Viewport.h"
 
 #include <QtMath>
+#include <QtQuick/private/qquickrectangle_p.h>
 #include <QtQuick3D/private/qquick3ddirectionallight_p.h>
 #include <QtQuick3D/private/qquick3dperspectivecamera_p.h>
 #include <QtQuick3D/private/qquick3dviewport_p.h>
@@ -21,6 +22,7 @@ SceneViewItem::SceneViewItem(QQuickItem* parent)
     const Viewport viewport = Viewport::make(this, QColor(242, 242, 242));
     viewport_ = viewport.view;
     camera_ = viewport.camera;
+    background_ = viewport.background;
     setAcceptedMouseButtons(Qt::LeftButton | Qt::RightButton | Qt::MiddleButton);
     setAcceptTouchEvents(true);
     setClip(true);
@@ -37,6 +39,10 @@ SceneViewItem::SceneViewItem(QQuickItem* parent)
     resources_ = std::make_unique<RenderResources>(root_);
     bridge_ = std::make_unique<SceneGraphBridge>(*resources_, root_);
 }
+
+void SceneViewItem::setBackgroundColor(const QColor& color) { background_->setColor(color); }
+
+void SceneViewItem::setContentVisible(bool visible) { root_->setVisible(visible); }
 
 SceneViewItem::~SceneViewItem() {
     if (view_) view_->setDisplayHandler(nullptr);

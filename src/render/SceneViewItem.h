@@ -10,12 +10,14 @@
 #include "render/SceneGraphBridge.h"
 #include "scenegraph/SceneView.h"
 
+#include <QColor>
 #include <QQuickItem>
 
 #include <memory>
 #include <vector>
 
 class QQuick3DViewport;
+class QQuickRectangle;
 class QQuick3DPerspectiveCamera;
 class QQuick3DDirectionalLight;
 
@@ -36,6 +38,10 @@ public:
     const std::shared_ptr<scenegraph::SceneView>& sceneView() const { return view_; }
 
     QQuick3DViewport* viewport() const { return viewport_; }
+    // The colour the view is drawn on (a light neutral grey unless set).
+    void setBackgroundColor(const QColor& color);
+    // Shows or hides the model; the background stays.
+    void setContentVisible(bool visible);
     const SceneGraphBridge& bridge() const { return *bridge_; }
     TextureCache& textures() { return resources_->textures(); }
     bool texturesReady() const { return resources_->textures().pendingDecodes() == 0; }
@@ -60,6 +66,7 @@ private:
     bool controlling() const { return view_ && view_->allowsCameraControl(); }
 
     QQuick3DViewport* viewport_ = nullptr;
+    QQuickRectangle* background_ = nullptr;
     QQuick3DPerspectiveCamera* camera_ = nullptr;
     QQuick3DDirectionalLight* light_;
     QQuick3DNode* root_;

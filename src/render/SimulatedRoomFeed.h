@@ -23,7 +23,6 @@ public:
     void attach(RenderResources& resources, QQuick3DNode* world, QQuickItem* background) override;
     // The room does not move: nothing to do per frame.
     void update(const arsession::ARFrame&) override {}
-    bool drawsInBackground() const override { return false; }
 
     // The kit's wood texture as PNG bytes (made once).
     static const import::ImportedTexture& woodTexture();

@@ -23,10 +23,11 @@ Viewport Viewport::make(QQuickItem* parent, const QColor& background, QQuick3DCa
     status->classBegin();
     view->setParentItem(parent);
     view->setParent(parent);
-    view->setRenderMode(QQuick3DViewport::Inline);
 
     auto* environment = new QQuick3DSceneEnvironment(view->scene());
     environment->setBackgroundMode(QQuick3DSceneEnvironment::QQuick3DEnvironmentBackgroundTypes::Transparent);
+    environment->setAntialiasingMode(QQuick3DSceneEnvironment::QQuick3DEnvironmentAAModeValues::MSAA);
+    environment->setAntialiasingQuality(QQuick3DSceneEnvironment::QQuick3DEnvironmentAAQualityValues::Medium);
     view->setEnvironment(environment);
 
     QQuick3DPerspectiveCamera* perspective = nullptr;
@@ -38,7 +39,7 @@ Viewport Viewport::make(QQuickItem* parent, const QColor& background, QQuick3DCa
     camera->setParentItem(view->scene());
     view->setCamera(camera);
     status->componentComplete();
-    return {view, perspective};
+    return {view, perspective, backdrop};
 }
 
 } // namespace orvanta::render

@@ -5,17 +5,17 @@
 // from C++, the view goes through the same set-up steps as one declared in QML (without them
 // it draws nothing).
 //
-// The view draws inline, straight into the window's own pass in its place among the items:
-// an offscreen layer of its own, multisampled, resolved and then drawn again into the window,
-// cost three to six times as much a frame under a software renderer (see
-// docs/PERFORMANCE.md). Its edges are therefore smoothed when the window is multisampled
-// (QQuick3D::idealSurfaceFormat(samples) as the window's format), not by the view itself.
-// Drawn inline, the view clears nothing: items beneath it (a camera picture) show through.
+// The view draws into its own multisampled layer, cleared to transparent, so the background
+// rectangle (or a camera picture stacked beneath it) shows through where no model is drawn.
+// Drawn inline instead it cost three to six times less a frame under a software renderer (see
+// docs/PERFORMANCE.md), but on Qt 6.4 an inline view crashed Quick 3D's render thread as soon
+// as the window was grabbed, so the layer stays.
 // Thread: main thread.
 
 #include <QColor>
 
 class QQuickItem;
+class QQuickRectangle;
 class QQuick3DViewport;
 class QQuick3DCamera;
 class QQuick3DPerspectiveCamera;
@@ -25,6 +25,7 @@ namespace orvanta::render {
 struct Viewport {
     QQuick3DViewport* view;
     QQuick3DPerspectiveCamera* camera; // the camera made here; null when one was given
+    QQuickRectangle* background;       // the plain rectangle beneath; its colour can change later
 
     static Viewport make(QQuickItem* parent, const QColor& background, QQuick3DCamera* camera = nullptr);
 };

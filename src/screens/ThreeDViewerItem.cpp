@@ -1,12 +1,11 @@
 #include "screens/ThreeDViewerItem.h"
 
-#include <QtQuick3D/private/qquick3dsceneenvironment_p.h>
 #include <QtQuick3D/private/qquick3dviewport_p.h>
 
 namespace orvanta {
 
 ThreeDViewerItem::ThreeDViewerItem(QQuickItem* parent) : Reality3DViewItem(parent) {
-    viewport()->environment()->setClearColor(Qt::white);
+    setBackgroundColor(Qt::white);
     // New nodes ask for their textures while the item syncs, before the frame that would draw
     // them; the view shows again in the turn that hands over the last decoded image.
     connect(this, &render::SceneViewItem::synced, this, &ThreeDViewerItem::showWhenTexturesReady);
@@ -22,6 +21,6 @@ void ThreeDViewerItem::setScreen(FoodARView* screen) {
     emit screenChanged();
 }
 
-void ThreeDViewerItem::showWhenTexturesReady() { viewport()->setVisible(texturesReady()); }
+void ThreeDViewerItem::showWhenTexturesReady() { setContentVisible(texturesReady()); }
 
 } // namespace orvanta

@@ -89,7 +89,13 @@ FocusScope {
                 const next = currentIndex + step
                 if (next < 0 || next >= count) return
                 currentIndex = next
-                const card = cards.itemAt(next)
+                positionViewAtIndex(next, 0)
+            }
+            // Scrolls just enough to show card `index` whole: a list view's Contain mode. `mode`
+            // keeps the list view's signature, which the sample app's walkthrough calls.
+            function positionViewAtIndex(index: int, mode: int) {
+                const card = cards.itemAt(index)
+                if (!card) return
                 const top = cells.y + card.y, bottom = top + card.height
                 if (top < contentY) contentY = top
                 else if (bottom > contentY + height) contentY = bottom - height
