@@ -9,6 +9,7 @@
 
 #include "calibrate/CharucoViews.h"
 #include "calibrate/LiveCalibration.h"
+#include "common/ToolCommandLine.h"
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -102,12 +103,10 @@ int main(int argc, char** argv) {
     const bool live = std::any_of(argv + 1, argv + argc, [](const char* a) { return std::strcmp(a, "--camera") == 0; });
     if (!live && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    QApplication::setApplicationVersion(ORVANTA_VERSION);
 
     QCommandLineParser parser;
-    parser.setApplicationDescription("Calibrates a camera from views of a printed ChArUco card.");
-    parser.addHelpOption();
-    parser.addVersionOption();
+    orvanta::tools::ToolCommandLine::prepare(parser, "orvanta-calibrate",
+                                             "Calibrates a camera from views of a printed ChArUco card.");
     parser.addPositionalArgument("OUT.yml", "the calibration file to write");
     parser.addPositionalArgument("[DEVICE]", "with --camera: the camera's id (default: the system's camera)");
     parser.addOption({"camera", "calibrate live from a camera"});

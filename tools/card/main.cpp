@@ -8,6 +8,7 @@
 
 #include "arsession/camera/CardArtwork.h"
 #include "arsession/camera/TableCard.h"
+#include "common/ToolCommandLine.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
@@ -182,12 +183,10 @@ int main(int argc, char** argv) {
     // Pages are painted without a screen.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
-    QGuiApplication::setApplicationVersion(ORVANTA_VERSION);
 
     QCommandLineParser parser;
-    parser.setApplicationDescription("Writes the printable table card at true size: a PDF page, or a PNG at 300 dpi.");
-    parser.addHelpOption();
-    parser.addVersionOption();
+    orvanta::tools::ToolCommandLine::prepare(parser, "orvanta-card",
+                                             "Writes the printable table card at true size: a PDF page, or a PNG at 300 dpi.");
     parser.addPositionalArgument("OUT", "the file to write, ending in .pdf or .png");
     parser.addOption({"card", QString("the card (default ") + TableCard::defaultText + ")", "TEXT"});
     parser.addOption({"title", "a title printed above the card", "TEXT"});
