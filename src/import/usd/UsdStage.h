@@ -5,7 +5,7 @@
 //
 // The root layer's subLayers (their time offsets ignored) are weaker layers of the same
 // namespace, in order, each followed by its own sublayers. For each prim, its sites (a layer
-// and a spec path in it) are gathered strongest first: the spec itself, then the class prims
+// and a prim path in it) are gathered strongest first: its own opinion, then the class prims
 // it inherits, its selected variants (the authored selection, else the first variant), its
 // references, then its payloads, each followed in turn by what they bring; the prims it
 // specializes, with what they bring, come after all of those. Inherited and specialized
