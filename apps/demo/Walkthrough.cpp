@@ -83,14 +83,16 @@ void Walkthrough::tapScreen() {
 }
 
 void Walkthrough::waitForFrames(int count) {
+    // The swap is signalled from the render thread and counted on this one through a queued
+    // call; the counter's context object lives on this stack frame, so a call still queued when
+    // the wait ends is dropped with it instead of writing into a frame that is gone.
     int drawn = 0;
-    const QMetaObject::Connection counting =
-        QObject::connect(&window_, &QQuickWindow::frameSwapped, &window_, [&drawn] { ++drawn; });
+    QObject counter;
+    QObject::connect(&window_, &QQuickWindow::frameSwapped, &counter, [&drawn] { ++drawn; });
     for (int frame = 1; frame <= count; ++frame) {
         window_.update();
         QTest::qWaitFor([&] { return drawn >= frame; }, 1000);
     }
-    QObject::disconnect(counting);
 }
 
 QString Walkthrough::saveScreenshot(const QString& name) {

@@ -282,7 +282,8 @@ void benchCameraPicture(const std::filesystem::path& dish) {
         if (!pending) since.start();
         pending = true;
     });
-    const auto swapped = QObject::connect(&window, &QQuickWindow::frameSwapped, item, [&] {
+    QObject latencyContext;  // drops a queued call still pending when the locals go
+    const auto swapped = QObject::connect(&window, &QQuickWindow::frameSwapped, &latencyContext, [&] {
         if (pending) latencies.push_back(double(since.nsecsElapsed()) / 1e6);
         pending = false;
     }, Qt::QueuedConnection);
