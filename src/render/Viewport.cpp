@@ -26,7 +26,11 @@ Viewport Viewport::make(QQuickItem* parent, const QColor& background, QQuick3DCa
 
     auto* environment = new QQuick3DSceneEnvironment(view->scene());
     environment->setBackgroundMode(QQuick3DSceneEnvironment::QQuick3DEnvironmentBackgroundTypes::Transparent);
-    environment->setAntialiasingMode(QQuick3DSceneEnvironment::QQuick3DEnvironmentAAModeValues::MSAA);
+    // Edges are smoothed over the frames that follow a change (progressive antialiasing), not
+    // by multisampling every frame: on a software rasteriser multisampling shades every sample
+    // and doubled the cost of each frame, while a moving picture hides jagged edges anyway and a
+    // still one (and its snapshot) is smoothed within a few frames.
+    environment->setAntialiasingMode(QQuick3DSceneEnvironment::QQuick3DEnvironmentAAModeValues::ProgressiveAA);
     environment->setAntialiasingQuality(QQuick3DSceneEnvironment::QQuick3DEnvironmentAAQualityValues::Medium);
     view->setEnvironment(environment);
 

@@ -5,7 +5,7 @@
 // from C++, the view goes through the same set-up steps as one declared in QML (without them
 // it draws nothing).
 //
-// The view draws into its own multisampled layer, cleared to transparent, so the background
+// The view draws into its own layer, cleared to transparent and smoothed progressively, so the background
 // rectangle (or a camera picture stacked beneath it) shows through where no model is drawn.
 // Drawn inline instead it cost three to six times less a frame under a software renderer (see
 // docs/PERFORMANCE.md), but on Qt 6.4 an inline view crashed Quick 3D's render thread as soon
