@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <unordered_map>
 
 namespace orvanta::exporter {
 
@@ -173,7 +174,7 @@ private:
 
     aiNode* node(int index, aiNode* parent) {
         const ImportedNode& source = scene_.nodes[static_cast<std::size_t>(index)];
-        auto* out = new aiNode(source.name);
+        auto* out = new aiNode(uniqueName(source.name));
         out->mParent = parent;
         out->mTransformation = toAssimp(source.localTransform);
         std::vector<unsigned> meshes;
@@ -189,8 +190,21 @@ private:
         return out;
     }
 
+    // Assimp's glTF writer gives each node an id from its name and, when the name is taken,
+    // tries "name_0", "name_1", ... one by one: expanded instances share their prototype's names,
+    // so that search made 10,000 copies take 24 s. Names are made unique here, each in one step.
+    std::string uniqueName(const std::string& name) {
+        auto [next, fresh] = nextSuffix_.try_emplace(name, 0);
+        if (fresh) return name;
+        std::string candidate;
+        do candidate = name + "_" + std::to_string(next->second++);
+        while (!nextSuffix_.try_emplace(candidate, 0).second);
+        return candidate;
+    }
+
     const ImportedScene& scene_;
     std::vector<std::vector<unsigned>> parts_;  // per mesh, its aiMeshes
+    std::unordered_map<std::string, std::size_t> nextSuffix_; // per name in use, the next suffix to try
 };
 
 } // namespace

@@ -11,6 +11,7 @@
 #include "export/GlbWriter.h"
 #include "export/UsdzWriter.h"
 #include "import/SceneImporter.h"
+#include "models/DrawingBudgetCheck.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -93,8 +94,10 @@ int main(int argc, char** argv) {
         return 1;
     }
 
+    // Neither writer instances meshes yet: each copy becomes a node of its own. A model the kit
+    // would refuse to draw is refused here too, before its copies are multiplied out in memory.
+    if (const auto tooHeavy = orvanta::DrawingBudgetCheck::check(scene.value())) return fail(in, *tooHeavy);
     std::vector<std::string> notes = unreadExtensions(arguments[0]);
-    // Neither writer instances meshes yet: each copy becomes a node of its own.
     const orvanta::import::DrawCost cost = scene->drawCost();
     const bool coloured = std::any_of(scene->nodes.begin(), scene->nodes.end(), [](const auto& node) {
         return std::any_of(node.instances.begin(), node.instances.end(), [](const auto& i) { return !i.table.colors.empty(); });
