@@ -1,7 +1,7 @@
 #pragma once
 // Waiting for what a window shows: runs the event loop until a condition holds after a drawn
-// frame, and then for two more frames so that the state that met it is on screen. For tools
-// and tests that render and then capture.
+// frame, and then for a few more frames so that the state that met it is on screen with its
+// edges smoothed. For tools and tests that render and then capture.
 // Thread: main thread.
 
 #include <functional>
