@@ -13,7 +13,7 @@
 // The table card is described by one text:
 //   "charuco:COLSxROWS:SQUARE_M:MARKER_M:DICT"  a ChArUco board, squares and markers in metres
 //                                               and the marker dictionary by OpenCV's name,
-//                                               e.g. "charuco:5x7:0.04:0.02:DICT_6X6_250";
+//                                               e.g. "charuco:5x7:0.03:0.022:DICT_6X6_250";
 //   "aruco:DICT:ID:SIDE_M"                      one marker, e.g. "aruco:DICT_4X4_50:7:0.1";
 //   "qr:SIDE_M"                                 the table's printed QR code, its side in metres.
 // A calibration file is OpenCV's FileStorage YAML with `camera_matrix`,
@@ -32,8 +32,9 @@ class ARSource {
 public:
     enum class Kind { simulated, camera, videoFile, pictureFolder };
 
-    // The card the kit assumes unless told otherwise: a 5 × 7 ChArUco board of 4 cm squares.
-    static constexpr const char* defaultTableCard = "charuco:5x7:0.04:0.02:DICT_6X6_250";
+    // The card the kit assumes unless told otherwise, and the one orvanta-card prints: a 5 × 7
+    // ChArUco board of 3 cm squares with 2.2 cm markers (15 × 21 cm, it fits A4 and Letter).
+    static constexpr const char* defaultTableCard = "charuco:5x7:0.03:0.022:DICT_6X6_250";
 
     // The simulated room, seen through a hand-held camera.
     static ARSource simulated();
@@ -41,10 +42,10 @@ public:
     // (QCameraDevice::id()); empty picks the system's default camera. A camera that is missing
     // or fails interrupts the session; it does not end the experience.
     static ARSource camera(QByteArray deviceId = {});
-    // A video file played in a loop, read through Qt Multimedia.
+    // A video file played once, read through Qt Multimedia; its last picture stays.
     static ARSource videoFile(QString path);
     // The PNG or JPEG pictures of a folder, in the order of the numbers in their names, shown
-    // at `framesPerSecond` in a loop.
+    // at `framesPerSecond`, once; the last picture stays.
     static ARSource pictureFolder(QString path, double framesPerSecond = 30.0);
 
     // A copy that looks for another table card (see above).

@@ -1,6 +1,13 @@
 #include <OrvantaARFoodSDK/ARSource.h>
 
+#include "arsession/camera/TableCard.h"
+
+#include <string_view>
+
 namespace orvanta {
+
+// A host's default card is the one the tools print and the tracker assumes.
+static_assert(std::string_view(ARSource::defaultTableCard) == std::string_view(arsession::camera::TableCard::defaultText));
 
 ARSource ARSource::simulated() { return ARSource(Kind::simulated); }
 
