@@ -5,6 +5,7 @@
 #include <opencv2/imgproc.hpp>
 #include <opencv2/objdetect.hpp>
 
+#include <algorithm>
 #include <cmath>
 
 namespace orvanta::arsession::camera {
@@ -14,6 +15,9 @@ namespace {
 // Two planar solutions whose reprojection errors are this close are both plausible.
 constexpr double ambiguousErrorRatio = 1.5;
 constexpr double ambiguousErrorSlack = 0.3; // pixels
+// A board's corners fitted worse than this (root mean square, as a share of the board's
+// extent in the picture) do not lie where the card text says: another board is printed.
+constexpr double misfitShareOfExtent = 0.02;
 
 // The camera's axes in OpenCV (x right, y down, z forward) against the session's (x right,
 // y up, −z forward).
@@ -46,7 +50,7 @@ struct CardLocator::Detector {
     cv::Mat gray, converted, smoothed;
     std::vector<std::vector<cv::Point2f>> markerCorners, rejected;
     std::vector<int> markerIds;
-    std::vector<cv::Point2f> imagePoints, charucoCorners;
+    std::vector<cv::Point2f> imagePoints, charucoCorners, projected;
     std::vector<int> charucoIds;
     std::vector<cv::Point3f> objectPoints;
     std::vector<cv::Mat> rotations, translations;
@@ -134,6 +138,11 @@ struct CardLocator::Detector {
             return false;
         }
         if (markerIds.empty()) return false;
+        // Markers of the dictionary that the board does not hold: a board of another shape
+        // printed with the same dictionary.
+        const auto foreign = std::count_if(markerIds.begin(), markerIds.end(),
+                                           [&](int id) { return id >= int(board->ids.size()); });
+        if (foreign * 3 >= std::ptrdiff_t(markerIds.size())) return false;
         cv::aruco::interpolateCornersCharuco(markerCorners, markerIds, gray, board, charucoCorners, charucoIds);
         if (charucoIds.size() < 4) return false;
         // The board's own frame has its origin at the printed picture's top-left corner, y down.
@@ -145,6 +154,20 @@ struct CardLocator::Detector {
         }
         // A single row of corners does not fix a plane's pose.
         return !cv::aruco::testCharucoCornersCollinear(board, charucoIds);
+    }
+
+    // True when the board's corners, seen at this pose, land far from where they were found:
+    // their layout is not the one the card text describes (rows and columns swapped, say).
+    bool misfit(const cv::Mat& rotation, const cv::Mat& translation) {
+        cv::projectPoints(objectPoints, rotation, translation, cameraMatrix, distortion, projected);
+        double squares = 0.0;
+        for (std::size_t i = 0; i < projected.size(); ++i) {
+            const cv::Point2f d = projected[i] - imagePoints[i];
+            squares += double(d.dot(d));
+        }
+        const cv::Rect2f extent = cv::boundingRect(imagePoints);
+        const double rms = std::sqrt(squares / double(projected.size()));
+        return rms > misfitShareOfExtent * std::hypot(extent.width, extent.height);
     }
 
     QMatrix4x4 cameraTransform(const cv::Mat& rotation, const cv::Mat& translation) const {
@@ -179,6 +202,7 @@ struct CardLocator::Detector {
         }
         if (!square) cv::solvePnPRefineLM(objectPoints, imagePoints, cameraMatrix, distortion, rotations[chosen],
                                           translations[chosen]);
+        if (!square && misfit(rotations[chosen], translations[chosen])) return std::nullopt;
         Sighting sighting;
         sighting.cameraTransform = cameraTransform(rotations[chosen], translations[chosen]);
         sighting.reprojectionError = float(errors.at<double>(int(chosen)));
