@@ -19,13 +19,16 @@ std::vector<std::string> eventsSince(const RecordingDelegate& delegate, std::siz
     return {delegate.events.begin() + std::ptrdiff_t(first), delegate.events.end()};
 }
 
-TEST(ARSessionTest, FramesComeAtSixtyHertzOnlyWhileRunning) {
+TEST(ARSessionTest, FramesComeAtSixtyHertzOnlyWhileRunningToWhoeverStillListens) {
     SimulatedSession s;
+    int observed = 0;
+    auto observation = s.session->observeFrames([&](const ARFrame&) { ++observed; });
     s.clock->advance(1.0);
     EXPECT_EQ(s.session->currentFrame(), nullptr);
     s.session->run(SimulatedSession::horizontalPlanes());
     s.clock->advance(1.0 + 1e-9);
     EXPECT_EQ(s.delegate->frames, 60);
+    EXPECT_EQ(observed, 60);
     EXPECT_NEAR(s.session->currentFrame()->timestamp, 2.0, 1e-9);
 
     s.session->pause();
@@ -35,6 +38,12 @@ TEST(ARSessionTest, FramesComeAtSixtyHertzOnlyWhileRunning) {
     s.session->run(SimulatedSession::horizontalPlanes());
     s.clock->advance(0.5 + 1e-9);
     EXPECT_EQ(s.delegate->frames, 90);
+
+    // A cancelled observer hears nothing; nor does a dropped delegate, which the session holds weakly.
+    observation.cancel();
+    s.delegate.reset();
+    s.clock->advance(0.1);
+    EXPECT_EQ(observed, 90);
 }
 
 TEST(ARSessionTest, RunOptionsDecideWhatTrackingAndAnchorsStartOver) {
@@ -72,35 +81,26 @@ TEST(ARSessionTest, RunOptionsDecideWhatTrackingAndAnchorsStartOver) {
     }
 }
 
-TEST(ARSessionTest, InterruptionStopsFramesAndResumesWithRelocalization) {
+TEST(ARSessionTest, InterruptionStopsFramesAndResumesWithRelocalizationAndAPauseStillHearsItsEnd) {
     SimulatedWorld::Script script;
     script.interruptions = {{2.0, 3.0}};
-    SimulatedSession s(script);
-    s.session->run(SimulatedSession::horizontalPlanes());
-    s.clock->advance(1.99);
-    const std::size_t mark = s.delegate->events.size();
-    s.clock->advance(0.51);
-    const int frames = s.delegate->frames;
-    s.clock->advance(0.4);
-    EXPECT_EQ(s.delegate->frames, frames); // none while interrupted
-    s.clock->advance(0.7);
-    // The floor, due at 2.7 s, shows with the first frame after the interruption.
-    EXPECT_EQ(eventsSince(*s.delegate, mark), (std::vector<std::string>{"interrupted", "interruption ended",
-                                                                         "tracking limited(relocalizing)",
-                                                                         "add floor", "tracking normal"}));
-}
-
-TEST(ARSessionTest, PausingDuringAnInterruptionStillReportsItsEnd) {
-    SimulatedWorld::Script script;
-    script.interruptions = {{2.0, 3.0}};
-    SimulatedSession s(script);
-    s.session->run(SimulatedSession::horizontalPlanes());
-    s.clock->advance(2.5);
-    const std::size_t mark = s.delegate->events.size();
-    s.session->pause();
-    s.clock->advance(1.0);
-    const auto events = eventsSince(*s.delegate, mark);
-    EXPECT_NE(std::find(events.begin(), events.end(), "interruption ended"), events.end());
+    for (const bool pauseDuring : {false, true}) {
+        SCOPED_TRACE(pauseDuring);
+        SimulatedSession s(script);
+        s.session->run(SimulatedSession::horizontalPlanes());
+        s.clock->advance(1.99);
+        const std::size_t mark = s.delegate->events.size();
+        s.clock->advance(0.51);
+        const int frames = s.delegate->frames;
+        if (pauseDuring) s.session->pause();
+        s.clock->advance(0.4);
+        EXPECT_EQ(s.delegate->frames, frames); // none while interrupted
+        s.clock->advance(0.7);
+        // The floor, due at 2.7 s, shows with the first frame after the interruption.
+        const std::vector<std::string> resumed{"interrupted", "interruption ended", "tracking limited(relocalizing)",
+                                               "add floor", "tracking normal"};
+        EXPECT_EQ(eventsSince(*s.delegate, mark), pauseDuring ? std::vector<std::string>(resumed.begin(), resumed.begin() + 2) : resumed);
+    }
 }
 
 TEST(ARSessionTest, FailureReachesTheDelegateAndStopsTheSessionUntilRunAgain) {
@@ -134,19 +134,6 @@ TEST(ARSessionTest, DelegateHearsOnTheMainQueueByDefault) {
     main->runPending();
     EXPECT_EQ(delegate->events, (std::vector<std::string>{"tracking notAvailable"}));
     EXPECT_EQ(delegate->frames, 6);
-}
-
-TEST(ARSessionTest, DroppedDelegateAndCancelledObserverHearNothing) {
-    SimulatedSession s;
-    int observed = 0;
-    auto observation = s.session->observeFrames([&](const ARFrame&) { ++observed; });
-    s.session->run(SimulatedSession::horizontalPlanes());
-    s.clock->advance(0.1);
-    EXPECT_EQ(observed, 6);
-    observation.cancel();
-    s.delegate.reset(); // the session holds it weakly
-    s.clock->advance(0.1);
-    EXPECT_EQ(observed, 6);
 }
 
 } // namespace
