@@ -13,19 +13,19 @@ namespace orvanta::arsession {
 namespace {
 
 using testing::RecordingDelegate;
-using testing::SimulatedSession;
+using testing::ClockedSession;
 
 std::vector<std::string> eventsSince(const RecordingDelegate& delegate, std::size_t first) {
     return {delegate.events.begin() + std::ptrdiff_t(first), delegate.events.end()};
 }
 
 TEST(ARSessionTest, FramesComeAtSixtyHertzOnlyWhileRunningToWhoeverStillListens) {
-    SimulatedSession s;
+    ClockedSession s;
     int observed = 0;
     auto observation = s.session->observeFrames([&](const ARFrame&) { ++observed; });
     s.clock->advance(1.0);
     EXPECT_EQ(s.session->currentFrame(), nullptr);
-    s.session->run(SimulatedSession::horizontalPlanes());
+    s.session->run(ClockedSession::horizontalPlanes());
     s.clock->advance(1.0 + 1e-9);
     EXPECT_EQ(s.delegate->frames, 60);
     EXPECT_EQ(observed, 60);
@@ -35,7 +35,7 @@ TEST(ARSessionTest, FramesComeAtSixtyHertzOnlyWhileRunningToWhoeverStillListens)
     s.clock->advance(1.0);
     EXPECT_EQ(s.delegate->frames, 60);
     EXPECT_NE(s.session->currentFrame(), nullptr); // the last frame stays readable
-    s.session->run(SimulatedSession::horizontalPlanes());
+    s.session->run(ClockedSession::horizontalPlanes());
     s.clock->advance(0.5 + 1e-9);
     EXPECT_EQ(s.delegate->frames, 90);
 
@@ -66,15 +66,15 @@ TEST(ARSessionTest, RunOptionsDecideWhatTrackingAndAnchorsStartOver) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        SimulatedSession s;
-        s.session->run(SimulatedSession::horizontalPlanes());
+        ClockedSession s;
+        s.session->run(ClockedSession::horizontalPlanes());
         s.clock->advance(3.0);
         if (c.pauseFirst) {
             s.session->pause();
             s.clock->advance(1.0);
         }
         const std::size_t mark = s.delegate->events.size();
-        s.session->run(SimulatedSession::horizontalPlanes(), c.options);
+        s.session->run(ClockedSession::horizontalPlanes(), c.options);
         s.clock->advance(c.seconds);
         EXPECT_EQ(eventsSince(*s.delegate, mark), c.events);
         EXPECT_EQ(s.session->currentFrame()->anchors.size(), c.anchors);
@@ -86,8 +86,8 @@ TEST(ARSessionTest, InterruptionStopsFramesAndResumesWithRelocalizationAndAPause
     script.interruptions = {{2.0, 3.0}};
     for (const bool pauseDuring : {false, true}) {
         SCOPED_TRACE(pauseDuring);
-        SimulatedSession s(script);
-        s.session->run(SimulatedSession::horizontalPlanes());
+        ClockedSession s(script);
+        s.session->run(ClockedSession::horizontalPlanes());
         s.clock->advance(1.99);
         const std::size_t mark = s.delegate->events.size();
         s.clock->advance(0.51);
@@ -106,8 +106,8 @@ TEST(ARSessionTest, InterruptionStopsFramesAndResumesWithRelocalizationAndAPause
 TEST(ARSessionTest, FailureReachesTheDelegateAndStopsTheSessionUntilRunAgain) {
     SimulatedWorld::Script script;
     script.failures = {{2.0, ARSessionError::make(ARSessionError::worldTrackingFailed)}};
-    SimulatedSession s(script);
-    s.session->run(SimulatedSession::horizontalPlanes());
+    ClockedSession s(script);
+    s.session->run(ClockedSession::horizontalPlanes());
     s.clock->advance(2.5);
     EXPECT_EQ(s.delegate->events.back(), "failed ARErrorDomain 200 World tracking failed.");
     EXPECT_FALSE(s.session->isRunning());
@@ -115,7 +115,7 @@ TEST(ARSessionTest, FailureReachesTheDelegateAndStopsTheSessionUntilRunAgain) {
     s.clock->advance(1.0);
     EXPECT_EQ(s.delegate->frames, frames);
 
-    s.session->run(SimulatedSession::horizontalPlanes(), ARSession::resetTracking | ARSession::removeExistingAnchors);
+    s.session->run(ClockedSession::horizontalPlanes(), ARSession::resetTracking | ARSession::removeExistingAnchors);
     s.clock->advance(1.0);
     EXPECT_GT(s.delegate->frames, frames);
     EXPECT_EQ(s.delegate->events.back(), "tracking limited(initializing)"); // the failure happens once
@@ -126,7 +126,7 @@ TEST(ARSessionTest, DelegateHearsOnTheMainQueueByDefault) {
     auto session = std::make_shared<ARSession>(std::make_unique<SimulatedWorld>(), clock);
     auto delegate = std::make_shared<RecordingDelegate>();
     session->setDelegate(delegate);
-    session->run(SimulatedSession::horizontalPlanes());
+    session->run(ClockedSession::horizontalPlanes());
     clock->advance(0.1);
     EXPECT_TRUE(delegate->events.empty()); // queued on the main queue, not yet run
     auto main = std::dynamic_pointer_cast<core::ManualScheduler>(core::Dispatch::main());

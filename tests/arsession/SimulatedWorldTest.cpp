@@ -9,7 +9,7 @@
 namespace orvanta::arsession {
 namespace {
 
-using testing::SimulatedSession;
+using testing::ClockedSession;
 using Target = ARRaycastQuery::Target;
 using Alignment = ARRaycastQuery::TargetAlignment;
 
@@ -19,8 +19,8 @@ ARRaycastQuery downAt(float x, float z, Target target, Alignment alignment = Ali
 }
 
 TEST(SimulatedWorldTest, PlanesAppearAfterTheirDelayAndGrowToFullSize) {
-    SimulatedSession s;
-    s.session->run(SimulatedSession::horizontalPlanes());
+    ClockedSession s;
+    s.session->run(ClockedSession::horizontalPlanes());
     s.clock->advance(1.65); // tracking normal at 1.2 s; the table shows 0.5 s later
     EXPECT_TRUE(s.session->currentFrame()->anchors.empty());
     s.clock->advance(0.1);
@@ -44,7 +44,7 @@ TEST(SimulatedWorldTest, PlanesAppearAfterTheirDelayAndGrowToFullSize) {
 }
 
 TEST(SimulatedWorldTest, VerticalDetectionFindsTheWall) {
-    SimulatedSession s;
+    ClockedSession s;
     ARWorldTrackingConfiguration configuration;
     configuration.planeDetection = ARWorldTrackingConfiguration::horizontal | ARWorldTrackingConfiguration::vertical;
     s.session->run(configuration);
@@ -58,8 +58,8 @@ TEST(SimulatedWorldTest, VerticalDetectionFindsTheWall) {
 }
 
 TEST(SimulatedWorldTest, EstimatedPlanesAreHitBeforeAnyAnchorButNotWithoutTrackingAndOnlyWithTheirAlignment) {
-    SimulatedSession s;
-    s.session->run(SimulatedSession::horizontalPlanes());
+    ClockedSession s;
+    s.session->run(ClockedSession::horizontalPlanes());
     s.clock->advance(0.1); // not available
     EXPECT_TRUE(s.session->raycast(downAt(0, -0.6f, Target::estimatedPlane)).empty());
 
@@ -89,8 +89,8 @@ TEST(SimulatedWorldTest, EstimatedPlanesAreHitBeforeAnyAnchorButNotWithoutTracki
 }
 
 TEST(SimulatedWorldTest, ExistingGeometryIsBoundedAndInfiniteIsNot) {
-    SimulatedSession s;
-    s.session->run(SimulatedSession::horizontalPlanes());
+    ClockedSession s;
+    s.session->run(ClockedSession::horizontalPlanes());
     s.clock->advance(1.8); // table seen, still small (about 0.16 m × 0.13 m)
     ASSERT_EQ(s.session->currentFrame()->anchors.size(), 1u);
 

@@ -29,14 +29,12 @@ private:
 
 const TableCard card = TableCard::parse(TableCard::defaultText).value();
 
-struct CameraSession {
-    explicit CameraSession(std::unique_ptr<FrameSource> source) {
-        auto made = std::make_unique<CameraBackend>(std::move(source), card, lens);
-        backend = made.get();
-        session = std::make_shared<ARSession>(std::move(made), clock);
-        session->setDelegate(delegate);
-        session->setDelegateQueue(clock);
-        session->run(testing::SimulatedSession::horizontalPlanes());
+struct CameraSession : testing::ClockedSession {
+    explicit CameraSession(std::unique_ptr<FrameSource> source)
+        : CameraSession(std::make_unique<CameraBackend>(std::move(source), card, lens)) {}
+    explicit CameraSession(std::unique_ptr<CameraBackend>&& made) : CameraSession(made.get(), std::move(made)) {}
+    CameraSession(CameraBackend* made, std::unique_ptr<CameraBackend>&& owned) : ClockedSession(std::move(owned)), backend(made) {
+        session->run(horizontalPlanes());
     }
     // One picture through the tracker, then one clock step that picks up its result.
     void show(PushedSource& source, const QImage& picture) {
@@ -46,10 +44,7 @@ struct CameraSession {
     }
 
     static inline const CameraCalibration lens = SyntheticCameraFrames::testLens(QSize(640, 480));
-    std::shared_ptr<core::ManualScheduler> clock = std::make_shared<core::ManualScheduler>();
-    std::shared_ptr<testing::RecordingDelegate> delegate = std::make_shared<testing::RecordingDelegate>();
-    CameraBackend* backend = nullptr;
-    std::shared_ptr<ARSession> session;
+    CameraBackend* backend;
 };
 
 const QMatrix4x4 truePose = SyntheticCameraFrames::lookingAt(0.55f, 55.0f, 20.0f, QVector3D(0.02f, 0, -0.03f));
