@@ -9,7 +9,7 @@
 namespace orvanta::arsession {
 namespace {
 
-using testing::SimulatedSession;
+using testing::ClockedSession;
 
 struct CoachingLog : ARCoachingOverlayViewDelegate {
     std::vector<std::string> calls;
@@ -26,13 +26,13 @@ struct CoachingLog : ARCoachingOverlayViewDelegate {
 TEST(ARCoachingOverlayViewTest, ActivatesUntilAHorizontalPlaneIsFoundAndAgainAfterAnInterruption) {
     SimulatedWorld::Script script;
     script.interruptions = {{4.0, 5.0}};
-    SimulatedSession s(script);
+    ClockedSession s(script);
     auto log = std::make_shared<CoachingLog>();
     ARCoachingOverlayView overlay;
     overlay.setGoal(ARCoachingOverlayView::Goal::horizontalPlane);
     overlay.setSession(s.session);
     overlay.setDelegate(log);
-    s.session->run(SimulatedSession::horizontalPlanes());
+    s.session->run(ClockedSession::horizontalPlanes());
 
     s.clock->advance(1.6); // tracking normal, no plane yet: still active
     EXPECT_EQ(log->calls, (std::vector<std::string>{"will activate [inactive]", "did activate [active]"}));

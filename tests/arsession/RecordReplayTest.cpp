@@ -12,7 +12,7 @@
 namespace orvanta::arsession {
 namespace {
 
-using testing::SimulatedSession;
+using testing::ClockedSession;
 
 std::vector<ARFrame> collect(ARSession& session, core::ManualScheduler& clock, double seconds) {
     std::vector<ARFrame> frames;
@@ -24,11 +24,11 @@ std::vector<ARFrame> collect(ARSession& session, core::ManualScheduler& clock, d
 TEST(RecordReplayTest, ReplayGivesTheRecordedFrames) {
     QTemporaryDir dir;
     const QString path = dir.filePath("session.jsonl");
-    SimulatedSession recorded;
+    ClockedSession recorded;
     auto made = SessionRecorder::make(*recorded.session, path);
     ASSERT_TRUE(std::holds_alternative<std::unique_ptr<SessionRecorder>>(made));
     auto recorder = std::move(std::get<std::unique_ptr<SessionRecorder>>(made));
-    recorded.session->run(SimulatedSession::horizontalPlanes());
+    recorded.session->run(ClockedSession::horizontalPlanes());
     const auto original = collect(*recorded.session, *recorded.clock, 4.0);
     recorder->stop();
     ASSERT_EQ(recorder->framesWritten(), int(original.size()));
@@ -36,18 +36,13 @@ TEST(RecordReplayTest, ReplayGivesTheRecordedFrames) {
 
     auto loaded = ReplayBackend::load(path);
     ASSERT_TRUE(std::holds_alternative<std::unique_ptr<ReplayBackend>>(loaded));
-    auto clock = std::make_shared<core::ManualScheduler>();
-    ARSession replay(std::move(std::get<std::unique_ptr<ReplayBackend>>(loaded)), clock);
-    auto delegate = std::make_shared<testing::RecordingDelegate>();
-    replay.setDelegate(delegate);
-    replay.setDelegateQueue(clock);
-    replay.run(SimulatedSession::horizontalPlanes());
-    const auto replayed = collect(replay, *clock, 5.0);
-    EXPECT_EQ(replayed, original);
-    EXPECT_EQ(delegate->events, recorded.delegate->events);
+    ClockedSession replay(std::move(std::get<std::unique_ptr<ReplayBackend>>(loaded)));
+    replay.session->run(ClockedSession::horizontalPlanes());
+    EXPECT_EQ(collect(*replay.session, *replay.clock, 5.0), original);
+    EXPECT_EQ(replay.delegate->events, recorded.delegate->events);
 
     // Ray casts answer from the replayed planes.
-    const auto hits = replay.raycast(ARRaycastQuery(QVector3D(0, 2, -0.6f), QVector3D(0, -1, 0),
+    const auto hits = replay.session->raycast(ARRaycastQuery(QVector3D(0, 2, -0.6f), QVector3D(0, -1, 0),
                                                     ARRaycastQuery::Target::existingPlaneGeometry,
                                                     ARRaycastQuery::TargetAlignment::horizontal));
     ASSERT_EQ(hits.size(), 2u);

@@ -39,11 +39,13 @@ private:
     }
 };
 
-struct SimulatedSession {
-    explicit SimulatedSession(SimulatedWorld::Script script = SimulatedWorld::Script{},
-                              std::vector<SimulatedWorld::Surface> surfaces = SimulatedWorld::defaultRoom())
-        : session(std::make_shared<ARSession>(std::make_unique<SimulatedWorld>(std::move(script), std::move(surfaces)),
-                                              clock)) {
+// A session on its own manual clock, the simulated room unless given another backend.
+struct ClockedSession {
+    explicit ClockedSession(SimulatedWorld::Script script = SimulatedWorld::Script{},
+                            std::vector<SimulatedWorld::Surface> surfaces = SimulatedWorld::defaultRoom())
+        : ClockedSession(std::make_unique<SimulatedWorld>(std::move(script), std::move(surfaces))) {}
+    explicit ClockedSession(std::unique_ptr<SessionBackend> backend)
+        : session(std::make_shared<ARSession>(std::move(backend), clock)) {
         session->setDelegate(delegate);
         session->setDelegateQueue(clock);
     }

@@ -9,7 +9,7 @@
 namespace orvanta::arsession {
 namespace {
 
-using testing::SimulatedSession;
+using testing::ClockedSession;
 using Target = ARRaycastQuery::Target;
 using Alignment = ARRaycastQuery::TargetAlignment;
 
@@ -18,25 +18,9 @@ ARRaycastQuery downAt(float x, float z, Target target, Alignment alignment = Ali
     return ARRaycastQuery(QVector3D(x, 2.0f, z), QVector3D(0, -1, 0), target, alignment);
 }
 
-TEST(SimulatedWorldTest, TrackingGoesFromNotAvailableThroughInitializingToNormal) {
-    SimulatedSession s;
-    s.session->run(SimulatedSession::horizontalPlanes());
-    std::vector<std::string> states;
-    s.clock->advance(0.1);
-    states.push_back(s.session->currentFrame()->camera.trackingState.description());
-    s.clock->advance(0.5); // 0.6 s
-    states.push_back(s.session->currentFrame()->camera.trackingState.description());
-    s.clock->advance(0.7); // 1.3 s
-    states.push_back(s.session->currentFrame()->camera.trackingState.description());
-    EXPECT_EQ(states, (std::vector<std::string>{"notAvailable", "limited(initializing)", "normal"}));
-    // Each change reached the delegate once, in order.
-    EXPECT_EQ(s.delegate->events,
-              (std::vector<std::string>{"tracking notAvailable", "tracking limited(initializing)", "tracking normal"}));
-}
-
 TEST(SimulatedWorldTest, PlanesAppearAfterTheirDelayAndGrowToFullSize) {
-    SimulatedSession s;
-    s.session->run(SimulatedSession::horizontalPlanes());
+    ClockedSession s;
+    s.session->run(ClockedSession::horizontalPlanes());
     s.clock->advance(1.65); // tracking normal at 1.2 s; the table shows 0.5 s later
     EXPECT_TRUE(s.session->currentFrame()->anchors.empty());
     s.clock->advance(0.1);
@@ -60,7 +44,7 @@ TEST(SimulatedWorldTest, PlanesAppearAfterTheirDelayAndGrowToFullSize) {
 }
 
 TEST(SimulatedWorldTest, VerticalDetectionFindsTheWall) {
-    SimulatedSession s;
+    ClockedSession s;
     ARWorldTrackingConfiguration configuration;
     configuration.planeDetection = ARWorldTrackingConfiguration::horizontal | ARWorldTrackingConfiguration::vertical;
     s.session->run(configuration);
@@ -73,9 +57,9 @@ TEST(SimulatedWorldTest, VerticalDetectionFindsTheWall) {
     EXPECT_TRUE(qFuzzyCompare(wall.transform.mapVector(QVector3D(0, 1, 0)), QVector3D(0, 0, 1)));
 }
 
-TEST(SimulatedWorldTest, EstimatedPlanesAreHitBeforeAnyAnchorButNotWithoutTracking) {
-    SimulatedSession s;
-    s.session->run(SimulatedSession::horizontalPlanes());
+TEST(SimulatedWorldTest, EstimatedPlanesAreHitBeforeAnyAnchorButNotWithoutTrackingAndOnlyWithTheirAlignment) {
+    ClockedSession s;
+    s.session->run(ClockedSession::horizontalPlanes());
     s.clock->advance(0.1); // not available
     EXPECT_TRUE(s.session->raycast(downAt(0, -0.6f, Target::estimatedPlane)).empty());
 
@@ -93,11 +77,20 @@ TEST(SimulatedWorldTest, EstimatedPlanesAreHitBeforeAnyAnchorButNotWithoutTracki
     ARRaycastQuery up = downAt(0, -0.6f, Target::estimatedPlane);
     up.direction = -up.direction;
     EXPECT_TRUE(s.session->raycast(up).empty());
+
+    // The alignment filter: level with the table top, looking at the wall, a ray only meets vertical surfaces.
+    const ARRaycastQuery ahead(QVector3D(0, 1.5f, 0), QVector3D(0, 0, -1), Target::estimatedPlane, Alignment::any);
+    const auto any = s.session->raycast(ahead);
+    ASSERT_EQ(any.size(), 1u);
+    EXPECT_EQ(any[0].targetAlignment, Alignment::vertical);
+    EXPECT_NEAR(any[0].distance, 2.0f, 1e-5f);
+    EXPECT_TRUE(s.session->raycast(ARRaycastQuery(ahead.origin, ahead.direction, Target::estimatedPlane, Alignment::horizontal)).empty());
+    EXPECT_TRUE(s.session->raycast(downAt(0, -0.6f, Target::estimatedPlane, Alignment::vertical)).empty());
 }
 
 TEST(SimulatedWorldTest, ExistingGeometryIsBoundedAndInfiniteIsNot) {
-    SimulatedSession s;
-    s.session->run(SimulatedSession::horizontalPlanes());
+    ClockedSession s;
+    s.session->run(ClockedSession::horizontalPlanes());
     s.clock->advance(1.8); // table seen, still small (about 0.16 m × 0.13 m)
     ASSERT_EQ(s.session->currentFrame()->anchors.size(), 1u);
 
@@ -138,23 +131,6 @@ TEST(SimulatedWorldTest, ExistingGeometryBoundsWidthAndDepthEachOnItsOwnAxis) {
         PlaneRaycast::existingPlanes(downAt(c.x, c.z, Target::existingPlaneGeometry), {c.plane}, results);
         EXPECT_EQ(results.size(), c.hit ? 1u : 0u);
     }
-}
-
-TEST(SimulatedWorldTest, AlignmentFilterKeepsOnlyMatchingSurfaces) {
-    SimulatedSession s;
-    s.session->run(SimulatedSession::horizontalPlanes());
-    s.clock->advance(2.0);
-    // Level with the table top, looking at the wall: it only meets vertical surfaces.
-    const ARRaycastQuery ahead(QVector3D(0, 1.5f, 0), QVector3D(0, 0, -1), Target::estimatedPlane, Alignment::any);
-    const auto any = s.session->raycast(ahead);
-    ASSERT_EQ(any.size(), 1u);
-    EXPECT_EQ(any[0].targetAlignment, Alignment::vertical);
-    EXPECT_NEAR(any[0].distance, 2.0f, 1e-5f);
-    EXPECT_TRUE(s.session->raycast(ARRaycastQuery(ahead.origin, ahead.direction, Target::estimatedPlane,
-                                                  Alignment::horizontal))
-                    .empty());
-    const auto down = s.session->raycast(downAt(0, -0.6f, Target::estimatedPlane, Alignment::vertical));
-    EXPECT_TRUE(down.empty());
 }
 
 } // namespace

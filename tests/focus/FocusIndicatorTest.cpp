@@ -37,8 +37,13 @@ arsession::ARRaycastResult planeHit(const QVector3D& position) {
 
 struct RecordingDelegate : focus::FocusIndicatorDelegate {
     std::vector<std::pair<State, std::optional<State>>> updates;
+    std::vector<std::pair<QUuid, QUuid>> planeChanges; // (new, old)
     void focusIndicatorTrackingUpdated(FocusIndicator&, const State& state, const State* oldState) override {
         updates.emplace_back(state, oldState ? std::optional<State>(*oldState) : std::nullopt);
+    }
+    void focusIndicatorPlaneChanged(FocusIndicator&, const arsession::ARPlaneAnchor* plane,
+                                    const arsession::ARPlaneAnchor* oldPlane) override {
+        planeChanges.emplace_back(plane ? plane->identifier : QUuid(), oldPlane ? oldPlane->identifier : QUuid());
     }
 };
 
@@ -181,22 +186,13 @@ TEST_F(FocusIndicatorTest, OffAPlaneTheSquareEasesTowardsTheHitInsteadOfJumping)
 }
 
 TEST_F(FocusIndicatorTest, PlaneChangesReportNewThenOldAndOneVerticalHitDoesNotFlipTheSquare) {
-    struct PlaneRecorder : focus::FocusIndicatorDelegate {
-        std::vector<std::pair<QUuid, QUuid>> changes; // (new, old)
-        void focusIndicatorPlaneChanged(FocusIndicator&, const arsession::ARPlaneAnchor* plane,
-                                        const arsession::ARPlaneAnchor* oldPlane) override {
-            changes.emplace_back(plane ? plane->identifier : QUuid(), oldPlane ? oldPlane->identifier : QUuid());
-        }
-    };
-    const auto recorder = std::make_shared<PlaneRecorder>();
-    indicator->setDelegate(recorder);
     auto onA = planeHit({0, 0, -1});
     auto onB = planeHit({0, 0, -1.1f});
     onB.anchor->identifier = QUuid(2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
     indicator->setState(State::tracking(onA, std::nullopt));
     indicator->setState(State::tracking(onB, std::nullopt));
-    ASSERT_EQ(recorder->changes.size(), 2u);
-    EXPECT_EQ(recorder->changes[1], std::make_pair(onB.anchor->identifier, onA.anchor->identifier));
+    ASSERT_EQ(delegate->planeChanges.size(), 2u);
+    EXPECT_EQ(delegate->planeChanges[1], std::make_pair(onB.anchor->identifier, onA.anchor->identifier));
 
     for (int i = 0; i < 20; ++i) indicator->setState(State::tracking(offPlaneHit({0, 0, -1.0f - 0.001f * i}), std::nullopt));
     ASSERT_EQ(indicator->currentAlignment(), arsession::ARPlaneAnchor::Alignment::horizontal);

@@ -7,6 +7,7 @@
 #include "reality/EntityGestures.h"
 #include "reality/ModelEntity.h"
 
+#include <QLineF>
 #include <gtest/gtest.h>
 
 namespace orvanta::reality {
@@ -44,11 +45,6 @@ struct ViewTest : ::testing::Test {
     void touch(TouchEvent::Phase phase, std::vector<QPointF> touches) { view.handleTouches({phase, std::move(touches)}); }
 };
 
-void expectNear(QPointF actual, QPointF expected, double tolerance = 0.5) {
-    EXPECT_NEAR(actual.x(), expected.x(), tolerance);
-    EXPECT_NEAR(actual.y(), expected.y(), tolerance);
-}
-
 TEST_F(ViewTest, ATapPicksTheNearestOfTwoEntitiesOnItsRay) {
     // A second box on the same line of sight, further from the camera than the model.
     const QVector3D camera = view.session()->currentFrame()->camera.position();
@@ -72,7 +68,7 @@ TEST_F(ViewTest, DragMovesTheModelUnderTheFingerAcrossTheTable) {
     touch(TouchEvent::Phase::moved, {start + QPointF(20, -10)});
     touch(TouchEvent::Phase::moved, {start + QPointF(60, -40)});
     touch(TouchEvent::Phase::ended, {});
-    expectNear(onScreen(model->position(nullptr)), start + QPointF(60, -40));
+    EXPECT_LT(QLineF(onScreen(model->position(nullptr)), start + QPointF(60, -40)).length(), 0.7);
     EXPECT_NEAR(model->position(nullptr).y(), height, 1e-5f);
     EXPECT_EQ(model->parent(), anchor);
 
@@ -85,7 +81,7 @@ TEST_F(ViewTest, DragMovesTheModelUnderTheFingerAcrossTheTable) {
     EXPECT_EQ(model->position(), placed);
 }
 
-TEST_F(ViewTest, TwistTurnsTheModelAboutTheVerticalAxis) {
+TEST_F(ViewTest, TwistTurnsTheModelAboutTheVerticalAxisAndPinchScalesIt) {
     const QPointF c = onScreen(model->position(nullptr));
     touch(TouchEvent::Phase::began, {c - QPointF(30, 0), c + QPointF(30, 0)});
     touch(TouchEvent::Phase::moved, {c - QPointF(21, 21), c + QPointF(21, 21)});
@@ -96,10 +92,8 @@ TEST_F(ViewTest, TwistTurnsTheModelAboutTheVerticalAxis) {
     EXPECT_NEAR(std::abs(QQuaternion::dotProduct(model->orientation(nullptr), expected)), 1.0f, 1e-5f);
     EXPECT_LT((model->scale() - QVector3D(1, 1, 1)).length(), 1e-5f);
     EXPECT_LT((model->position() - QVector3D()).length(), 1e-6f); // two fingers do not drag
-}
 
-TEST_F(ViewTest, PinchScalesTheModel) {
-    const QPointF c = onScreen(model->position(nullptr));
+    // Pinching apart to twice the distance doubles the size.
     touch(TouchEvent::Phase::began, {c - QPointF(20, 0), c + QPointF(20, 0)});
     touch(TouchEvent::Phase::moved, {c - QPointF(40, 0), c + QPointF(40, 0)});
     touch(TouchEvent::Phase::ended, {});

@@ -107,11 +107,6 @@ TEST(ModelEntityTest, GeneratedBoxIsClosedAndFacesOutward) {
     }
 }
 
-} // namespace
-} // namespace orvanta::reality
-
-namespace orvanta::reality {
-
 TEST(ModelEntityTest, EveryImportedMaterialInputReachesTheEntitysMaterial) {
     import::ImportedScene scene;
     scene.textures.push_back({"orm.png", QByteArray("orm"), nullptr});
@@ -174,4 +169,5 @@ TEST(ModelEntityTest, EveryImportedMaterialInputReachesTheEntitysMaterial) {
     EXPECT_EQ(PhysicallyBasedMaterial::fromImported(scene, m).baseColorTint.alphaF(), 1.0);
 }
 
+} // namespace
 } // namespace orvanta::reality

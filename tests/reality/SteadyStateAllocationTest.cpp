@@ -13,7 +13,7 @@
 
 #include <gtest/gtest.h>
 
-
+#include <functional>
 
 namespace orvanta::reality {
 namespace {
@@ -51,6 +51,18 @@ struct CastingView {
     std::vector<arsession::ARRaycastResult> results;
     int hits = 0;
     core::Cancellable subscription;
+
+    // Runs `steps` of `step` and checks they allocated nothing, delivered at least `frames`
+    // frames and hit something.
+    void expectSteadySteps(int steps, const std::function<void()>& step, int frames) {
+        const int framesBefore = delegate->frames;
+        hits = 0;
+        const std::uint64_t before = testing::threadAllocationCount();
+        for (int i = 0; i < steps; ++i) step();
+        EXPECT_EQ(testing::threadAllocationCount() - before, 0u);
+        EXPECT_GE(delegate->frames - framesBefore, frames);
+        EXPECT_GT(hits, 0);
+    }
 };
 
 TEST(SteadyStateAllocationTest, FramesAndRayCastsAllocateNothing) {
@@ -70,13 +82,7 @@ TEST(SteadyStateAllocationTest, FramesAndRayCastsAllocateNothing) {
     for (int i = 0; i < 600; ++i) v.clock->step(1.0 / 60); // planes found and fully grown
     ASSERT_TRUE(anchor->isAnchored());
 
-    const int framesBefore = v.delegate->frames;
-    v.hits = 0;
-    const std::uint64_t before = testing::threadAllocationCount();
-    for (int i = 0; i < 120; ++i) v.clock->step(1.0 / 60);
-    EXPECT_EQ(testing::threadAllocationCount() - before, 0u);
-    EXPECT_EQ(v.delegate->frames - framesBefore, 120);
-    EXPECT_GT(v.hits, 0);
+    v.expectSteadySteps(120, [&] { v.clock->step(1.0 / 60); }, 120);
 }
 
 TEST(SteadyStateAllocationTest, CameraFramesAllocateNothingOnTheSessionClock) {
@@ -96,13 +102,7 @@ TEST(SteadyStateAllocationTest, CameraFramesAllocateNothingOnTheSessionClock) {
     for (int i = 0; i < 30; ++i) step();
     ASSERT_TRUE(v.view.session()->currentFrame()->camera.trackingState.isNormal());
 
-    const int framesBefore = v.delegate->frames;
-    v.hits = 0;
-    const std::uint64_t before = testing::threadAllocationCount();
-    for (int i = 0; i < 60; ++i) step();
-    EXPECT_EQ(testing::threadAllocationCount() - before, 0u);
-    EXPECT_GE(v.delegate->frames - framesBefore, 29);
-    EXPECT_GT(v.hits, 0);
+    v.expectSteadySteps(60, step, 29);
 }
 
 } // namespace

@@ -1,15 +1,11 @@
 // A camera session on synthetic pictures: tracking states as the card comes and goes, the
-// table's plane and ray casts, smoothing of a still camera, dropped pictures, a failing
-// camera as an interruption, and recording.
+// table's plane and ray casts, smoothing of a still camera, dropped pictures, and a failing
+// camera as an interruption.
 #include "../SessionTestSupport.h"
-#include "arsession/FrameRecord.h"
-#include "arsession/ReplayBackend.h"
-#include "arsession/SessionRecorder.h"
 #include "arsession/camera/CameraBackend.h"
 #include "arsession/camera/LiveCameraSource.h"
 #include "support/SyntheticCameraFrames.h"
 
-#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace orvanta::arsession::camera {
@@ -33,14 +29,12 @@ private:
 
 const TableCard card = TableCard::parse(TableCard::defaultText).value();
 
-struct CameraSession {
-    explicit CameraSession(std::unique_ptr<FrameSource> source) {
-        auto made = std::make_unique<CameraBackend>(std::move(source), card, lens);
-        backend = made.get();
-        session = std::make_shared<ARSession>(std::move(made), clock);
-        session->setDelegate(delegate);
-        session->setDelegateQueue(clock);
-        session->run(testing::SimulatedSession::horizontalPlanes());
+struct CameraSession : testing::ClockedSession {
+    explicit CameraSession(std::unique_ptr<FrameSource> source)
+        : CameraSession(std::make_unique<CameraBackend>(std::move(source), card, lens)) {}
+    explicit CameraSession(std::unique_ptr<CameraBackend>&& made) : CameraSession(made.get(), std::move(made)) {}
+    CameraSession(CameraBackend* made, std::unique_ptr<CameraBackend>&& owned) : ClockedSession(std::move(owned)), backend(made) {
+        session->run(horizontalPlanes());
     }
     // One picture through the tracker, then one clock step that picks up its result.
     void show(PushedSource& source, const QImage& picture) {
@@ -50,10 +44,7 @@ struct CameraSession {
     }
 
     static inline const CameraCalibration lens = SyntheticCameraFrames::testLens(QSize(640, 480));
-    std::shared_ptr<core::ManualScheduler> clock = std::make_shared<core::ManualScheduler>();
-    std::shared_ptr<testing::RecordingDelegate> delegate = std::make_shared<testing::RecordingDelegate>();
-    CameraBackend* backend = nullptr;
-    std::shared_ptr<ARSession> session;
+    CameraBackend* backend;
 };
 
 const QMatrix4x4 truePose = SyntheticCameraFrames::lookingAt(0.55f, 55.0f, 20.0f, QVector3D(0.02f, 0, -0.03f));
@@ -165,30 +156,6 @@ TEST(CameraBackendTest, AStillNoisyCameraGivesAStillPoseAndTheNewestPictureWins)
     tracker.waitUntilIdle();
     ASSERT_TRUE(tracker.latest(result));
     EXPECT_EQ(result.sequence - 60 + tracker.droppedFrames(), 10u); // how many are dropped depends on the worker's pace
-}
-
-TEST(CameraBackendTest, ACameraSessionIsRecordedAndReplayedWithoutItsPictures) {
-    QTemporaryDir dir;
-    auto pushed = std::make_unique<PushedSource>();
-    PushedSource& source = *pushed;
-    CameraSession s(std::move(pushed));
-    auto made = SessionRecorder::make(*s.session, dir.filePath("camera.jsonl"));
-    ASSERT_TRUE(std::holds_alternative<std::unique_ptr<SessionRecorder>>(made));
-    std::vector<ARFrame> original;
-    auto observation = s.session->observeFrames([&](const ARFrame& f) { original.push_back(f); });
-    for (unsigned i = 0; i < 3; ++i) s.show(source, (i == 1 ? cardOutOfView() : cardInView()).frame(i));
-    std::get<std::unique_ptr<SessionRecorder>>(made)->stop();
-
-    auto loaded = ReplayBackend::load(dir.filePath("camera.jsonl"));
-    ASSERT_TRUE(std::holds_alternative<std::unique_ptr<ReplayBackend>>(loaded));
-    auto clock = std::make_shared<core::ManualScheduler>();
-    ARSession replay(std::move(std::get<std::unique_ptr<ReplayBackend>>(loaded)), clock);
-    std::vector<ARFrame> replayed;
-    auto replayObservation = replay.observeFrames([&](const ARFrame& f) { replayed.push_back(f); });
-    replay.run(testing::SimulatedSession::horizontalPlanes());
-    clock->advance(1.0);
-    for (ARFrame& frame : original) frame.capturedImage.reset();
-    EXPECT_EQ(replayed, original);
 }
 
 } // namespace

@@ -5,9 +5,7 @@
 #include "arsession/camera/TableCard.h"
 #include "support/SyntheticCameraFrames.h"
 #include "support/ToolRun.h"
-
-#include <opencv2/imgproc.hpp>
-#include <opencv2/videoio.hpp>
+#include "VideoFileWriting.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -18,6 +16,23 @@ namespace {
 
 using testing::SyntheticCameraFrames;
 using testing::ToolRun;
+
+// What a tool says when it refuses: its exit code and a piece of what it printed.
+struct Refusal {
+    QStringList arguments;
+    int exitCode;
+    const char* message;
+};
+
+void expectRefusals(const QString& tool, const QString& output, const std::vector<Refusal>& refusals,
+                    const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment()) {
+    for (const Refusal& r : refusals) {
+        SCOPED_TRACE(r.arguments.join(' ').toStdString());
+        const ToolRun run = ToolRun::of(tool, QStringList{output} + r.arguments, environment);
+        EXPECT_EQ(run.exitCode, r.exitCode);
+        EXPECT_TRUE((run.err + run.out).contains(r.message)) << (run.err + run.out).toStdString();
+    }
+}
 
 struct PrintCase {
     const char* card;
@@ -71,25 +86,13 @@ TEST(CameraToolsTest, PrintedCardIsFoundAtItsTrueSize) {
 }
 
 TEST(CameraToolsTest, CardToolRefusesWhatItCannotPrint) {
-    struct Refusal {
-        QStringList arguments;
-        int exitCode;
-        const char* message;
-    };
-    const std::vector<Refusal> refusals = {
-        {{"--card", "charuco:5x7:0.04:0.02:DICT_6X6_250"}, 1,
-         "does not fit on A4: it is 26 mm too wide and 37.9 mm too tall"},
-        {{"--card", "qr:0.1"}, 2, "a qr: card needs --text"},
-        {{"--page", "A3"}, 2, "--page takes A4 or Letter"},
-        {{"--version"}, 0, "0.1.0"},
-    };
-    for (const Refusal& r : refusals) {
-        SCOPED_TRACE(r.arguments.join(' ').toStdString());
-        const QTemporaryDir dir;
-        const ToolRun run = ToolRun::of(ORVANTA_CARD_TOOL, QStringList{dir.filePath("card.pdf")} + r.arguments);
-        EXPECT_EQ(run.exitCode, r.exitCode);
-        EXPECT_TRUE((run.err + run.out).contains(r.message)) << (run.err + run.out).toStdString();
-    }
+    const QTemporaryDir dir;
+    expectRefusals(ORVANTA_CARD_TOOL, dir.filePath("card.pdf"),
+                   {{{"--card", "charuco:5x7:0.04:0.02:DICT_6X6_250"}, 1,
+                     "does not fit on A4: it is 26 mm too wide and 37.9 mm too tall"},
+                    {{"--card", "qr:0.1"}, 2, "a qr: card needs --text"},
+                    {{"--page", "A3"}, 2, "--page takes A4 or Letter"},
+                    {{"--version"}, 0, "0.1.0"}});
 }
 
 // Views of the default card through `lens`, as careful calibration photos are taken (even
@@ -129,18 +132,7 @@ TEST(CameraToolsTest, CalibrationGivesBackTheLensOfTheViews) {
                           truth, {.showCard = false})
         .frame(0)
         .save(dir.filePath("photos/empty.png"));
-    {
-        cv::VideoWriter writer(dir.filePath("views.avi").toStdString(), cv::VideoWriter::fourcc('M', 'J', 'P', 'G'), 10.0,
-                               cv::Size(800, 600));
-        ASSERT_TRUE(writer.isOpened());
-        for (const QImage& view : views) {
-            QImage picture = view;
-            cv::Mat bgr;
-            cv::cvtColor(cv::Mat(600, 800, CV_8UC4, picture.bits(), std::size_t(picture.bytesPerLine())), bgr,
-                         cv::COLOR_BGRA2BGR);
-            writer.write(bgr);
-        }
-    }
+    writeVideo(dir.filePath("views.avi"), views, 10.0);
 
     for (const QStringList& source : {QStringList{"--photos", dir.filePath("photos")},
                                       QStringList{"--video", dir.filePath("views.avi")}}) {
@@ -165,27 +157,14 @@ TEST(CameraToolsTest, CalibrationRefusesWithoutEnoughToGoOn) {
     const std::vector<QImage> views = calibrationViews(SyntheticCameraFrames::testLens(QSize(640, 480)), 3);
     for (std::size_t i = 0; i < views.size(); ++i) views[i].save(dir.filePath(QString("few/%1.png").arg(i)));
     // Without a screen the camera path still runs; this machine has no camera.
-    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    struct Refusal {
-        QStringList arguments;
-        int exitCode;
-        const char* message;
-    };
-    const std::vector<Refusal> refusals = {
-        {{"--photos", dir.filePath("few")}, 1, "only 3 usable views of the card (at least 5 are needed)"},
-        {{"--camera"}, 1, "No camera is available. Connect a camera, or calibrate from photos"},
-        {{"--photos", dir.filePath("few"), "--card", "qr:0.1"}, 2, "calibration needs a charuco: card"},
-        {{"--photos", dir.filePath("few"), "--camera"}, 2, "give one of --camera [DEVICE], --photos DIR or --video FILE"},
-    };
-    for (const Refusal& r : refusals) {
-        SCOPED_TRACE(r.arguments.join(' ').toStdString());
-        const ToolRun run = ToolRun::of(ORVANTA_CALIBRATE_TOOL, QStringList{dir.filePath("lens.yml")} + r.arguments);
-        EXPECT_EQ(run.exitCode, r.exitCode);
-        EXPECT_TRUE(run.err.contains(r.message)) << run.err.toStdString();
-    }
-    if (platform.isEmpty()) qunsetenv("QT_QPA_PLATFORM");
-    else qputenv("QT_QPA_PLATFORM", platform);
+    QProcessEnvironment offscreen = QProcessEnvironment::systemEnvironment();
+    offscreen.insert("QT_QPA_PLATFORM", "offscreen");
+    expectRefusals(ORVANTA_CALIBRATE_TOOL, dir.filePath("lens.yml"),
+                   {{{"--photos", dir.filePath("few")}, 1, "only 3 usable views of the card (at least 5 are needed)"},
+                    {{"--camera"}, 1, "No camera is available. Connect a camera, or calibrate from photos"},
+                    {{"--photos", dir.filePath("few"), "--card", "qr:0.1"}, 2, "calibration needs a charuco: card"},
+                    {{"--photos", dir.filePath("few"), "--camera"}, 2, "give one of --camera [DEVICE], --photos DIR or --video FILE"}},
+                   offscreen);
 }
 
 } // namespace

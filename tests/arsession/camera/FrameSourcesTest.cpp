@@ -6,11 +6,10 @@
 #include "arsession/camera/VideoFileSource.h"
 #include "support/EventLoopWait.h"
 #include "support/SyntheticCameraFrames.h"
+#include "VideoFileWriting.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
-#include <opencv2/imgproc.hpp>
-#include <opencv2/videoio.hpp>
 
 #include <condition_variable>
 #include <mutex>
@@ -109,17 +108,9 @@ TEST(FrameSourcesTest, AVideoFileDeliversItsFramesAndTheCardIsFoundInThem) {
                                       SyntheticCameraFrames::testLens(QSize(640, 480)));
     QTemporaryDir dir;
     const QString path = dir.filePath("table.avi");
-    {
-        cv::VideoWriter writer(path.toStdString(), cv::VideoWriter::fourcc('M', 'J', 'P', 'G'), 30.0, cv::Size(640, 480));
-        ASSERT_TRUE(writer.isOpened());
-        for (unsigned i = 0; i < 10; ++i) {
-            QImage picture = scene.frame(i);
-            cv::Mat bgr;
-            cv::cvtColor(cv::Mat(480, 640, CV_8UC4, picture.bits(), std::size_t(picture.bytesPerLine())), bgr,
-                         cv::COLOR_BGRA2BGR);
-            writer.write(bgr);
-        }
-    }
+    std::vector<QImage> pictures;
+    for (unsigned i = 0; i < 10; ++i) pictures.push_back(scene.frame(i));
+    writeVideo(path, pictures, 30.0);
     VideoFileSource source(path);
     CollectingSink sink;
     source.start(sink);

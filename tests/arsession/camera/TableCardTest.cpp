@@ -31,37 +31,29 @@ TEST(TableCardTest, EveryKindReadsAndWritesBack) {
 }
 
 TEST(TableCardTest, BadTextsNameTheField) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"", "Table card \"\": expected charuco:COLSxROWS:SQUARE_M:MARKER_M:DICT, aruco:DICT:ID:SIDE_M or qr:SIDE_M"},
-        {"charuco:5x7:0.04:0.02", "Table card \"charuco:5x7:0.04:0.02\": expected charuco:COLSxROWS:SQUARE_M:MARKER_M:DICT, "
-                                  "aruco:DICT:ID:SIDE_M or qr:SIDE_M"},
-        {"charuco:5by7:0.04:0.02:DICT_6X6_250",
-         "Table card \"charuco:5by7:0.04:0.02:DICT_6X6_250\": COLSxROWS must be two whole numbers of squares, at least "
-         "2x2, not \"5by7\""},
-        {"charuco:1x7:0.04:0.02:DICT_6X6_250",
-         "Table card \"charuco:1x7:0.04:0.02:DICT_6X6_250\": COLSxROWS must be two whole numbers of squares, at least "
-         "2x2, not \"1x7\""},
-        {"charuco:5x7:-0.04:0.02:DICT_6X6_250",
-         "Table card \"charuco:5x7:-0.04:0.02:DICT_6X6_250\": SQUARE_M must be a positive number of metres, not \"-0.04\""},
-        {"charuco:5x7:0.04:0:DICT_6X6_250",
-         "Table card \"charuco:5x7:0.04:0:DICT_6X6_250\": MARKER_M must be a positive number of metres, not \"0\""},
-        {"charuco:5x7:0.04:0.05:DICT_6X6_250",
-         "Table card \"charuco:5x7:0.04:0.05:DICT_6X6_250\": MARKER_M must be smaller than SQUARE_M"},
-        {"charuco:5x7:0.04:0.02:DICT_6X6_999",
-         "Table card \"charuco:5x7:0.04:0.02:DICT_6X6_999\": DICT \"DICT_6X6_999\" is not one of OpenCV's predefined "
-         "dictionaries"},
-        {"charuco:20x20:0.01:0.005:DICT_4X4_50",
-         "Table card \"charuco:20x20:0.01:0.005:DICT_4X4_50\": DICT DICT_4X4_50 has too few markers for a 20x20 board"},
-        {"aruco:DICT_4X4_50:50:0.05", "Table card \"aruco:DICT_4X4_50:50:0.05\": ID \"50\" is not a marker of DICT_4X4_50"},
-        {"aruco:DICT_4X4_50:3:big", "Table card \"aruco:DICT_4X4_50:3:big\": SIDE_M must be a positive number of metres, "
-                                    "not \"big\""},
-        {"qr:0.05m", "Table card \"qr:0.05m\": SIDE_M must be a positive number of metres, not \"0.05m\""},
+    const std::string expected = "expected charuco:COLSxROWS:SQUARE_M:MARKER_M:DICT, aruco:DICT:ID:SIDE_M or qr:SIDE_M";
+    const std::string squares = "COLSxROWS must be two whole numbers of squares, at least 2x2, not ";
+    const std::string metres = " must be a positive number of metres, not ";
+    // Each message follows "Table card \"TEXT\": ".
+    const std::pair<std::string, std::string> cases[] = {
+        {"", expected},
+        {"charuco:5x7:0.04:0.02", expected},
+        {"charuco:5by7:0.04:0.02:DICT_6X6_250", squares + "\"5by7\""},
+        {"charuco:1x7:0.04:0.02:DICT_6X6_250", squares + "\"1x7\""},
+        {"charuco:5x7:-0.04:0.02:DICT_6X6_250", "SQUARE_M" + metres + "\"-0.04\""},
+        {"charuco:5x7:0.04:0:DICT_6X6_250", "MARKER_M" + metres + "\"0\""},
+        {"charuco:5x7:0.04:0.05:DICT_6X6_250", "MARKER_M must be smaller than SQUARE_M"},
+        {"charuco:5x7:0.04:0.02:DICT_6X6_999", "DICT \"DICT_6X6_999\" is not one of OpenCV's predefined dictionaries"},
+        {"charuco:20x20:0.01:0.005:DICT_4X4_50", "DICT DICT_4X4_50 has too few markers for a 20x20 board"},
+        {"aruco:DICT_4X4_50:50:0.05", "ID \"50\" is not a marker of DICT_4X4_50"},
+        {"aruco:DICT_4X4_50:3:big", "SIDE_M" + metres + "\"big\""},
+        {"qr:0.05m", "SIDE_M" + metres + "\"0.05m\""},
     };
     for (const auto& [text, message] : cases) {
         const auto card = TableCard::parse(text);
         ASSERT_FALSE(card) << text;
         EXPECT_EQ(card.error().domain(), TableCard::errorDomain);
-        EXPECT_EQ(card.error().localizedDescription(), message);
+        EXPECT_EQ(card.error().localizedDescription(), "Table card \"" + text + "\": " + message);
     }
 }
 
