@@ -142,7 +142,7 @@ struct CardLocator::Detector {
         // printed with the same dictionary.
         const auto foreign = std::count_if(markerIds.begin(), markerIds.end(),
                                            [&](int id) { return id >= int(board->ids.size()); });
-        if (foreign * 3 >= std::ptrdiff_t(markerIds.size())) return false;
+        if (foreign * 4 >= std::ptrdiff_t(markerIds.size())) return false;
         cv::aruco::interpolateCornersCharuco(markerCorners, markerIds, gray, board, charucoCorners, charucoIds);
         if (charucoIds.size() < 4) return false;
         // The board's own frame has its origin at the printed picture's top-left corner, y down.

@@ -71,6 +71,14 @@ TEST(CardLocatorTest, APictureWithoutTheCardFindsNothing) {
                                             SyntheticCameraFrames::testLens(QSize(640, 480)));
     EXPECT_FALSE(CardLocator::locateInPicture(otherMarker.frame(1), TableCard::parse("aruco:DICT_4X4_50:7:0.1").value(),
                                               otherMarker.lens()));
+    // The printed default board read as a board of another shape, in the same dictionary.
+    const SyntheticCameraFrames board(card, SyntheticCameraFrames::lookingAt(0.5f, 55.0f, 20.0f),
+                                      SyntheticCameraFrames::testLens(QSize(1280, 720)));
+    for (const char* wrong : {"charuco:7x5:0.03:0.022:DICT_6X6_250", "charuco:4x6:0.03:0.022:DICT_6X6_250",
+                              "charuco:5x5:0.03:0.022:DICT_6X6_250"}) {
+        SCOPED_TRACE(wrong);
+        EXPECT_FALSE(CardLocator::locateInPicture(board.frame(1), TableCard::parse(wrong).value(), board.lens()));
+    }
 }
 
 } // namespace
