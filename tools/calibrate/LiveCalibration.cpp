@@ -76,7 +76,8 @@ void LiveCalibration::show(QImage picture) {
     cv::Mat grey;
     cv::cvtColor(rgb, grey, cv::COLOR_RGB2GRAY);
     const cv::Size size(picture.width(), picture.height());
-    if (const auto detection = views_.detect(grey)) {
+    const auto detection = views_.detect(grey);
+    if (detection) {
         // The card's pose through a typical lens tells the angle it is seen from.
         const CameraCalibration lens = CameraCalibration::defaultLens(QSize(size.width, size.height));
         const cv::Mat matrix = (cv::Mat_<double>(3, 3) << lens.intrinsics.fx, 0, lens.intrinsics.cx, 0,
@@ -95,17 +96,24 @@ void LiveCalibration::show(QImage picture) {
                 views_.add(*detection, size);
             }
         }
-        cv::aruco::drawDetectedCornersCharuco(rgb, detection->corners, detection->ids, cv::Scalar(0, 220, 0));
     }
-    const int more = wantedViews - views_.count();
-    const QString status = more > 0 ? QString("%1 more view%2 wanted: turn the card or move the camera")
-                            .arg(more)
-                            .arg(more == 1 ? "" : "s")
-                      : QString("Calibrating…");
-    cv::putText(rgb, status.toStdString(), cv::Point(16, 32), cv::FONT_HERSHEY_SIMPLEX, 0.8, cv::Scalar(255, 255, 255), 3);
-    cv::putText(rgb, status.toStdString(), cv::Point(16, 32), cv::FONT_HERSHEY_SIMPLEX, 0.8, cv::Scalar(0, 0, 0), 1);
+    drawScreen(rgb, detection ? &*detection : nullptr, views_.count());
     window_.setPixmap(QPixmap::fromImage(picture));
-    if (more <= 0) finish();
+    if (views_.count() >= wantedViews) finish();
+}
+
+void LiveCalibration::drawScreen(cv::Mat& picture, const CharucoViews::Detection* detection, int viewsTaken) {
+    if (detection)
+        cv::aruco::drawDetectedCornersCharuco(picture, detection->corners, detection->ids, cv::Scalar(0, 220, 0));
+    const int more = wantedViews - viewsTaken;
+    // OpenCV's line fonts draw ASCII only.
+    const QString status = more > 0 ? QString("%1 more view%2 wanted: turn the card or move the camera")
+                                          .arg(more)
+                                          .arg(more == 1 ? "" : "s")
+                                    : QString("Calibrating...");
+    cv::putText(picture, status.toStdString(), cv::Point(16, 32), cv::FONT_HERSHEY_SIMPLEX, 0.8,
+                cv::Scalar(255, 255, 255), 3);
+    cv::putText(picture, status.toStdString(), cv::Point(16, 32), cv::FONT_HERSHEY_SIMPLEX, 0.8, cv::Scalar(0, 0, 0), 1);
 }
 
 void LiveCalibration::finish() {

@@ -26,6 +26,10 @@ public:
 
     void start();
 
+    // Draws what the window shows over a 3-channel `picture`: the card's corners found in it
+    // (`detection`, if any) and how many more views are wanted once `viewsTaken` are taken.
+    static void drawScreen(cv::Mat& picture, const CharucoViews::Detection* detection, int viewsTaken);
+
     void takeFrame(const QImage& picture, double seconds) override;
     void sourceFailed(const core::Error& error) override;
 
