@@ -1,4 +1,5 @@
 #include "core/TemporaryDirectory.h"
+#include "support/ScopedTmpdir.h"
 
 #include <QDir>
 #include <QFile>
@@ -6,92 +7,74 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <cstdlib>
-#include <optional>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 using namespace orvanta::core;
+using orvanta::testing::ScopedTmpdir;
 
 namespace {
 
-// Sets TMPDIR (or clears it, for nullopt) for the lifetime of the object.
-class TmpdirOverride {
-public:
-    explicit TmpdirOverride(const std::optional<std::string>& value) {
-        if (const char* old = std::getenv("TMPDIR")) saved_ = old;
-        if (value) setenv("TMPDIR", value->c_str(), 1);
-        else unsetenv("TMPDIR");
-    }
-    ~TmpdirOverride() {
-        if (saved_) setenv("TMPDIR", saved_->c_str(), 1);
-        else unsetenv("TMPDIR");
-    }
+const std::string kitDirectoryName = "OrvantaARFoodSDK-" + std::to_string(::geteuid());
 
-private:
-    std::optional<std::string> saved_;
-};
-
-std::string kitDirectoryName() { return "OrvantaARFoodSDK-" + std::to_string(::geteuid()); }
-
-void expectRefused(const Result<Url>& result, const std::string& messagePart) {
-    if (result) {
-        ADD_FAILURE() << "accepted " << result->path();
+// `result` is the private folder `path`: a real directory of this user's, closed to others;
+// or, with `path` empty, a refusal whose message holds `message`.
+void expectOutcome(const Result<Url>& result, const std::string& path, const std::string& message = {}) {
+    if (!path.empty()) {
+        ASSERT_TRUE(result) << result.error().localizedDescription();
+        EXPECT_EQ(result->path(), path);
+        struct stat info {};
+        ASSERT_EQ(::lstat(path.c_str(), &info), 0);
+        EXPECT_TRUE(S_ISDIR(info.st_mode));
+        EXPECT_EQ(info.st_mode & 0777, 0700u);
+        EXPECT_EQ(info.st_uid, ::geteuid());
         return;
     }
+    ASSERT_FALSE(result) << "accepted " << result->path();
     EXPECT_EQ(result.error().domain(), "TemporaryDirectoryError");
-    EXPECT_NE(result.error().localizedDescription().find(messagePart), std::string::npos)
-        << result.error().localizedDescription();
+    EXPECT_NE(result.error().localizedDescription().find(message), std::string::npos) << result.error().localizedDescription();
 }
 
 } // namespace
 
-TEST(TemporaryDirectory, WithTmpdirTheKitKeepsAPrivateFolderInsideItAndAnUnusableOneIsAnError) {
+// With TMPDIR the kit keeps its folder inside it, without it in the system's shared folder;
+// a TMPDIR that cannot hold it is an error.
+TEST(TemporaryDirectory, TheKitsFolderFollowsTmpdir) {
     QTemporaryDir dir;
     const std::string base = dir.path().toStdString();
     QFile(dir.filePath("plain")).open(QIODevice::WriteOnly);
-    {
-        TmpdirOverride tmpdir(base);
-        const auto url = TemporaryDirectory::url();
-        ASSERT_TRUE(url) << url.error().localizedDescription();
-        EXPECT_EQ(url->path(), base + "/" + kitDirectoryName());
-        struct stat info {};
-        ASSERT_EQ(::lstat(url->path().c_str(), &info), 0);
-        EXPECT_EQ(info.st_mode & 0777, 0700u);
-    }
     const struct {
-        std::string value;
-        const char* message;
-    } unusable[] = {{base + "/missing", "named by TMPDIR is unusable: No such file or directory"},
-                    {base + "/plain", "named by TMPDIR is not a directory"}};
-    for (const auto& c : unusable) {
-        SCOPED_TRACE(c.value);
-        TmpdirOverride tmpdir(c.value);
-        expectRefused(TemporaryDirectory::url(), c.message);
+        std::string tmpdir, path, message; // an empty TMPDIR counts as unset
+    } cases[] = {
+        {base, base + "/" + kitDirectoryName, ""},
+        {"", std::string(P_tmpdir) + "/" + kitDirectoryName, ""},
+        {base + "/missing", "", "named by TMPDIR is unusable: No such file or directory"},
+        {base + "/plain", "", "named by TMPDIR is not a directory"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.tmpdir);
+        ScopedTmpdir tmpdir(QString::fromStdString(c.tmpdir));
+        expectOutcome(TemporaryDirectory::url(), c.path, c.message);
     }
 }
 
 TEST(TemporaryDirectory, ClearingEmptiesTheKitsFolderAndLeavesEverythingBesideIt) {
     QTemporaryDir shared, elsewhere;
-    TmpdirOverride tmpdir(shared.path().toStdString());
+    ScopedTmpdir tmpdir(shared.path());
     const auto write = [](const QString& path) {
         QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
         file.write("someone's");
     };
     // Other people's files in the shared temporary directory, and one the kit's folder links to.
-    write(shared.filePath("notes.txt"));
-    write(shared.filePath(".hidden"));
     ASSERT_TRUE(QDir(shared.path()).mkdir("project"));
-    write(shared.filePath("project/draft.glb"));
+    for (const char* name : {"notes.txt", ".hidden", "project/draft.glb"}) write(shared.filePath(name));
     write(elsewhere.filePath("target.usdz"));
 
     const QDir kit(QString::fromStdString(TemporaryDirectory::url().value().path()));
-    write(kit.filePath("dish.usdz"));
-    write(kit.filePath(".dish.usdz.part"));
     ASSERT_TRUE(kit.mkdir("pictures"));
-    write(kit.filePath("pictures/Shared picture.png"));
+    for (const char* name : {"dish.usdz", ".dish.usdz.part", "pictures/Shared picture.png"}) write(kit.filePath(name));
     ASSERT_TRUE(QFile::link(elsewhere.filePath("target.usdz"), kit.filePath("linked.usdz")));
 
     const auto removed = TemporaryDirectory::clear();
@@ -104,37 +87,22 @@ TEST(TemporaryDirectory, ClearingEmptiesTheKitsFolderAndLeavesEverythingBesideIt
     EXPECT_TRUE(QFileInfo::exists(elsewhere.filePath("target.usdz")));
 }
 
-TEST(TemporaryDirectory, WithoutTmpdirTheKitKeepsAPrivateDirectoryInTheSharedFolder) {
-    TmpdirOverride tmpdir(std::nullopt);
-    const auto url = TemporaryDirectory::url();
-    ASSERT_TRUE(url) << url.error().localizedDescription();
-    EXPECT_EQ(url->path(), std::string(P_tmpdir) + "/" + kitDirectoryName());
-    struct stat info {};
-    ASSERT_EQ(::lstat(url->path().c_str(), &info), 0);
-    EXPECT_TRUE(S_ISDIR(info.st_mode));
-    EXPECT_EQ(info.st_mode & 0777, 0700u);
-    EXPECT_EQ(info.st_uid, ::geteuid());
-}
-
 TEST(TemporaryDirectory, APlantedOrSharedDirectoryIsRefused) {
     QTemporaryDir shared, elsewhere;
     const std::string base = shared.path().toStdString();
-    const std::string path = base + "/" + kitDirectoryName();
-
-    const auto made = TemporaryDirectory::privateDirectoryUnder(base);
-    ASSERT_TRUE(made) << made.error().localizedDescription();
-    EXPECT_EQ(made->path(), path);
+    const std::string path = base + "/" + kitDirectoryName;
+    expectOutcome(TemporaryDirectory::privateDirectoryUnder(base), path);
 
     ASSERT_EQ(::chmod(path.c_str(), 0777), 0);
-    expectRefused(TemporaryDirectory::privateDirectoryUnder(base), "is open to other users (mode 777)");
+    expectOutcome(TemporaryDirectory::privateDirectoryUnder(base), "", "is open to other users (mode 777)");
 
     ASSERT_TRUE(QDir(QString::fromStdString(path)).removeRecursively());
     ASSERT_EQ(::symlink(elsewhere.path().toLocal8Bit().constData(), path.c_str()), 0);
-    expectRefused(TemporaryDirectory::privateDirectoryUnder(base), "is not a plain directory");
+    expectOutcome(TemporaryDirectory::privateDirectoryUnder(base), "", "is not a plain directory");
     ASSERT_EQ(::unlink(path.c_str()), 0);
 
     if (::geteuid() != 0) GTEST_SKIP() << "making a directory owned by another user needs root";
     ASSERT_EQ(::mkdir(path.c_str(), 0700), 0);
     ASSERT_EQ(::chown(path.c_str(), 65534, 65534), 0);
-    expectRefused(TemporaryDirectory::privateDirectoryUnder(base), "belongs to another user (uid 65534)");
+    expectOutcome(TemporaryDirectory::privateDirectoryUnder(base), "", "belongs to another user (uid 65534)");
 }

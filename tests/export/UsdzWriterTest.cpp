@@ -48,12 +48,7 @@ ImportedScene readBack(const QByteArray& package) {
     return result.ok() ? std::move(result).value() : ImportedScene{};
 }
 
-ImportedTextureRef ref(int texture, TextureChannel channel) {
-    ImportedTextureRef r;
-    r.texture = texture;
-    r.channel = channel;
-    return r;
-}
+ImportedTextureRef ref(int texture, TextureChannel channel) { return {.texture = texture, .channel = channel}; }
 
 // A quad drawn with two materials, and a material for each way an input can be given.
 // Textured inputs carry factor 1, the form USD itself stores, so they read back unchanged.
@@ -212,10 +207,7 @@ TEST(UsdzWriterTest, PackageHoldsTheLayerFirstAndAlignedStoredEntries) {
     ASSERT_TRUE(archive.ok());
     ASSERT_EQ(archive->entries().size(), 4u);  // the layer and three images
     EXPECT_EQ(archive->entries().front().path, "scene.usdc");
-    for (const auto& entry : archive->entries()) {
-        SCOPED_TRACE(entry.path);
-        EXPECT_EQ((entry.data.data() - bytes.data()) % 64, 0);
-    }
+    for (const auto& entry : archive->entries()) EXPECT_EQ((entry.data.data() - bytes.data()) % 64, 0) << entry.path;
     // Y up in metres: no conversion on the way back in.
     EXPECT_TRUE(readBack(package).nodes.at(0).localTransform.isIdentity());
 }

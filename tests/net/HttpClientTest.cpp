@@ -8,6 +8,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -73,6 +74,13 @@ QByteArray pattern(qsizetype size) {
     return bytes;
 }
 
+// Bytes gzip cannot shrink: compressed, they outgrow themselves.
+QByteArray noise(qsizetype size) {
+    QByteArray bytes(size, '\0');
+    QRandomGenerator(7).fillRange(reinterpret_cast<quint32*>(bytes.data()), size / 4);
+    return bytes;
+}
+
 // A failure in the "URLError" domain with `code`, delivered on the client's thread.
 void expectTransferError(const Delivery& delivery, int code) {
     if (!delivery.error) {
@@ -84,45 +92,30 @@ void expectTransferError(const Delivery& delivery, int code) {
     EXPECT_TRUE(delivery.onWorker);
 }
 
-Route withBody(QByteArray body) {
-    Route route;
-    route.body = std::move(body);
-    return route;
-}
-
 } // namespace
 
 TEST_F(HttpClientTest, ErrorStatusesAreCompletedTransfersWithTheirBody) {
     for (const int status : {400, 401, 403, 404, 409, 418, 451, 500, 502, 503}) {
         SCOPED_TRACE(status);
-        Route route = withBody("<html>status page</html>");
-        route.status = status;
-        server_.route("/page", route);
+        server_.route("/page", {.status = status, .body = "<html>status page</html>"});
         const Delivery delivery = download("/page");
         ASSERT_TRUE(delivery.file.has_value()) << delivery.error->description();
         EXPECT_EQ(delivery.file->statusCode, status);
-        EXPECT_EQ(contents(*delivery.file), route.body);
+        EXPECT_EQ(contents(*delivery.file), "<html>status page</html>");
     }
 }
 
 TEST_F(HttpClientTest, WellFramedBodiesArriveWhole) {
     const QByteArray body = pattern(300 * 1024);
-    struct Case {
-        const char* name;
-        Route route;
+    const std::pair<const char*, Route> cases[] = {
+        {"length", {.body = body}},
+        {"chunked", {.body = chunked(body), .headers = {"Transfer-Encoding: chunked"}, .length = Route::Length::none}},
+        {"gzip", {.body = gzip(body), .headers = {"Content-Encoding: gzip"}}},
+        {"until close", {.body = body, .length = Route::Length::none}},
     };
-    Route chunkedRoute = withBody(chunked(body));
-    chunkedRoute.length = Route::Length::none;
-    chunkedRoute.headers = {"Transfer-Encoding: chunked"};
-    Route gzipRoute = withBody(gzip(body));
-    gzipRoute.headers = {"Content-Encoding: gzip"};
-    Route closeDelimited = withBody(body);
-    closeDelimited.length = Route::Length::none;
-    const std::vector<Case> cases = {{"length", withBody(body)}, {"chunked", chunkedRoute}, {"gzip", gzipRoute},
-                                     {"until close", closeDelimited}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        server_.route("/body", c.route);
+    for (const auto& [name, route] : cases) {
+        SCOPED_TRACE(name);
+        server_.route("/body", route);
         const Delivery delivery = download("/body");
         ASSERT_TRUE(delivery.file.has_value()) << delivery.error->description();
         EXPECT_EQ(contents(*delivery.file), body);
@@ -133,25 +126,18 @@ TEST_F(HttpClientTest, WellFramedBodiesArriveWhole) {
 TEST_F(HttpClientTest, BrokenBodiesFailAsTransferErrorsAndLeaveNoFile) {
     const QByteArray body = pattern(512 * 1024);
     const QByteArray packed = gzip(pattern(4 << 20));
-    struct Case {
+    const std::vector<QByteArray> gzipped{"Content-Encoding: gzip"};
+    const struct {
         const char* name;
         Route route;
         int code;
+    } cases[] = {
+        {"cut with length", {.body = body, .cutAfter = body.size() / 2}, -1005},
+        {"gzip stream cut, framing whole", {.body = packed.left(packed.size() / 2), .headers = gzipped}, -1015},
+        {"gzip cut with length", {.body = packed, .headers = gzipped, .cutAfter = packed.size() / 2}, -1005},
+        {"gzip that is not gzip", {.body = body, .headers = gzipped}, -1015},
     };
-    auto route = [](QByteArray bytes, Route::Length length, std::vector<QByteArray> headers, qsizetype cutAfter) {
-        Route r = withBody(std::move(bytes));
-        r.length = length;
-        r.headers = std::move(headers);
-        r.cutAfter = cutAfter;
-        return r;
-    };
-    const std::vector<Case> cases = {
-        {"cut with length", route(body, Route::Length::actual, {}, body.size() / 2), -1005},
-        {"gzip stream cut, framing whole", route(packed.left(packed.size() / 2), Route::Length::actual, {"Content-Encoding: gzip"}, -1), -1015},
-        {"gzip cut with length", route(packed, Route::Length::actual, {"Content-Encoding: gzip"}, packed.size() / 2), -1005},
-        {"gzip that is not gzip", route(body, Route::Length::actual, {"Content-Encoding: gzip"}, -1), -1015},
-    };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         server_.route("/broken", c.route);
         expectTransferError(download("/broken"), c.code);
@@ -160,37 +146,30 @@ TEST_F(HttpClientTest, BrokenBodiesFailAsTransferErrorsAndLeaveNoFile) {
 }
 
 TEST_F(HttpClientTest, LimitsEndOversizedSlowAndEndlessAnswers) {
-    struct Case {
+    const struct {
         const char* name;
         Route route;
         net::TransferLimits limits;
         int code;
-    };
-    Route declaredHuge = withBody(pattern(1024));
-    declaredHuge.length = Route::Length::declared;
-    declaredHuge.declaredLength = qint64(2) << 30;
-    declaredHuge.dripIntervalMs = 50; // would take minutes: the declared length alone must end it
-    Route receivedTooMuch = withBody(pattern(3 << 20));
-    receivedTooMuch.length = Route::Length::none;
-    Route drip = withBody(pattern(1024));
-    drip.dripIntervalMs = 20;
-    Route bomb = withBody(gzip(QByteArray(64 << 20, '\0')));
-    bomb.headers = {"Content-Encoding: gzip"};
-    Route headerLines, oneLine;
-    headerLines.flood = Route::Flood::headerLines;
-    oneLine.flood = Route::Flood::oneLine;
-    const std::vector<Case> cases = {
-        {"declared length over the maximum", declaredHuge, {.idleTimeout = 10s, .maximumBodySize = 1 << 20}, -1103},
-        {"received bytes over the maximum", receivedTooMuch, {.idleTimeout = 10s, .maximumBodySize = 1 << 20}, -1103},
-        {"gzip bomb", bomb, {.idleTimeout = 10s, .maximumBodySize = 16 << 20}, -1103},
-        {"drip feed past the deadline", drip, {.idleTimeout = 10s, .deadline = 300ms}, -1001},
+    } cases[] = {
+        // A drip that would take minutes: the declared length alone must end it.
+        {"declared length over the maximum",
+         {.body = pattern(1024), .length = Route::Length::declared, .declaredLength = qint64(2) << 30, .dripIntervalMs = 50},
+         {.idleTimeout = 10s, .maximumBodySize = 1 << 20}, -1103},
+        {"received bytes over the maximum", {.body = pattern(3 << 20), .length = Route::Length::none},
+         {.idleTimeout = 10s, .maximumBodySize = 1 << 20}, -1103},
+        {"compressed bytes over the maximum, decoded within it", {.body = gzip(noise(1 << 20)), .headers = {"Content-Encoding: gzip"}, .length = Route::Length::none},
+         {.idleTimeout = 10s, .maximumBodySize = 1 << 20}, -1103},
+        {"gzip bomb", {.body = gzip(QByteArray(64 << 20, '\0')), .headers = {"Content-Encoding: gzip"}},
+         {.idleTimeout = 10s, .maximumBodySize = 16 << 20}, -1103},
+        {"drip feed past the deadline", {.body = pattern(1024), .dripIntervalMs = 20}, {.idleTimeout = 10s, .deadline = 300ms}, -1001},
         // Header bytes are no progress, so a head that never ends runs into the idle time-out.
-        {"endless header lines", headerLines, {.idleTimeout = 1s}, -1001},
-        {"one endless header line", oneLine, {.idleTimeout = 1s}, -1001},
+        {"endless header lines", {.flood = Route::Flood::headerLines}, {.idleTimeout = 1s}, -1001},
+        {"one endless header line", {.flood = Route::Flood::oneLine}, {.idleTimeout = 1s}, -1001},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const std::string path = std::string("/limit-") + std::to_string(&c - cases.data());
+        const std::string path = std::string("/limit-") + std::to_string(&c - cases);
         server_.route(path, c.route);
         expectTransferError(download(path, c.limits), c.code);
         EXPECT_TRUE(filesLeft().isEmpty());
@@ -200,17 +179,12 @@ TEST_F(HttpClientTest, LimitsEndOversizedSlowAndEndlessAnswers) {
 
 TEST_F(HttpClientTest, RedirectsAreFollowedOnlyToHttpAndNotForever) {
     TestHttpServer other;
-    other.route("/moved.glb", withBody("moved"));
-    Route toOtherPort, loop, toFile;
-    toOtherPort.redirectTo = other.url("/moved.glb");
-    loop.redirectTo = server_.url("/loop");
-    toFile.redirectTo = "file:///etc/passwd";
-    server_.route("/to-other-port", toOtherPort);
-    server_.route("/loop", loop);
-    server_.route("/to-file", toFile);
-
+    other.route("/moved.glb", {.body = "moved"});
+    server_.route("/to-other-port", {.redirectTo = other.url("/moved.glb")});
+    server_.route("/loop", {.redirectTo = server_.url("/loop")});
+    server_.route("/to-file", {.redirectTo = "file:///etc/passwd"});
     {
-        const Delivery moved = download("/to-other-port");
+        const Delivery moved = download("/to-other-port"); // its file goes with it
         ASSERT_TRUE(moved.file.has_value());
         EXPECT_EQ(contents(*moved.file), "moved");
     }
@@ -222,7 +196,7 @@ TEST_F(HttpClientTest, RedirectsAreFollowedOnlyToHttpAndNotForever) {
 }
 
 TEST_F(HttpClientTest, AClientWithoutLimitsOfItsOwnFollowsTheProcessDefaults) {
-    server_.route("/four-kib", withBody(pattern(4096)));
+    server_.route("/four-kib", {.body = pattern(4096)});
     const DownloadLimits original = DownloadLimits::defaults();
     DownloadLimits::setDefaults({.maximumBodySize = 1024});
     const Delivery capped = download("/four-kib", std::nullopt);

@@ -70,37 +70,38 @@ Region find(const QImage& image, const std::function<bool(QRgb)>& match, QRect a
     return region;
 }
 
-// A box `size` units wide resting on y = 0 in `material`, as an imported scene.
-std::shared_ptr<const import::ImportedScene> box(float size, const import::ImportedMaterial& material) {
-    auto scene = std::make_shared<import::ImportedScene>();
-    import::ImportedMesh mesh = reality::MeshResource::generateBox(size, size * 0.5f, size)->mesh();
-    for (QVector3D& p : mesh.positions) p.setY(p.y() + size * 0.25f);
-    scene->meshes.push_back(std::move(mesh));
-    scene->materials.push_back(material);
-    scene->meshes[0].subsets.front().material = 0;
-    import::ImportedNode root;
-    root.meshes = {0};
-    scene->nodes.push_back(root);
-    return scene;
+const QVector4D kRed(0.8f, 0.02f, 0.02f, 1.0f);
+
+import::ImportedMaterial coloured(QVector4D colour) {
+    import::ImportedMaterial material;
+    material.baseColorFactor = colour;
+    return material;
 }
 
-std::shared_ptr<const import::ImportedScene> redBox(float size) {
-    import::ImportedMaterial red;
-    red.baseColorFactor = QVector4D(0.8f, 0.02f, 0.02f, 1.0f);
-    return box(size, red);
+// A box `width` across and `height` tall resting on y = 0.
+import::ImportedMesh box(float width, float height) {
+    import::ImportedMesh mesh = reality::MeshResource::generateBox(width, height, width)->mesh();
+    for (QVector3D& p : mesh.positions) p.setY(p.y() + height / 2);
+    return mesh;
 }
 
-// A 0.3 m square upright in the x–y plane in `material`, its front face turned towards -z
-// (its triangles wind clockwise seen from +z), with texture coordinates across it.
-std::shared_ptr<const import::ImportedScene> square(const import::ImportedMaterial& material,
-                                                    std::optional<QImage> texture = std::nullopt) {
-    auto scene = std::make_shared<import::ImportedScene>();
+// A 0.3 m square upright in the x–y plane, its front face turned towards -z (its triangles
+// wind clockwise seen from +z), with texture coordinates across it.
+import::ImportedMesh square() {
     import::ImportedMesh mesh;
     mesh.positions = {{-0.15f, 0, 0}, {0.15f, 0, 0}, {-0.15f, 0.3f, 0}, {0.15f, 0.3f, 0}};
     mesh.normals.assign(4, QVector3D(0, 0, -1));
     mesh.texCoords = {{0, 0}, {1, 0}, {0, 1}, {1, 1}};
     mesh.indices = {0, 2, 1, 1, 2, 3};
     mesh.subsets.push_back({0, 6, 0});
+    return mesh;
+}
+
+// A scene of `mesh` in `material`, `texture` (if any) as its base colour.
+std::shared_ptr<import::ImportedScene> sceneOf(import::ImportedMesh mesh, const import::ImportedMaterial& material,
+                                               std::optional<QImage> texture = std::nullopt) {
+    auto scene = std::make_shared<import::ImportedScene>();
+    mesh.subsets.front().material = 0;
     scene->meshes.push_back(std::move(mesh));
     scene->materials.push_back(material);
     if (texture) {
@@ -111,27 +112,32 @@ std::shared_ptr<const import::ImportedScene> square(const import::ImportedMateri
         scene->textures.push_back({"square.png", png, nullptr});
         scene->materials[0].baseColorTexture = import::ImportedTextureRef{.texture = 0, .channel = import::TextureChannel::rgba};
     }
-    import::ImportedNode root;
-    root.meshes = {0};
-    scene->nodes.push_back(root);
+    scene->nodes.push_back({"", QMatrix4x4(), -1, {}, {0}});
     return scene;
 }
 
+std::shared_ptr<import::ImportedScene> redBox(float size) { return sceneOf(box(size, size / 2), coloured(kRed)); }
+
 // Two copies of a white box through one instance table: a red one at -x, a blue one at +x.
 std::shared_ptr<const import::ImportedScene> redAndBlueInstances(float size) {
-    auto scene = std::make_shared<import::ImportedScene>(*box(size, import::ImportedMaterial{}));
-    import::ImportedNode prototype = scene->nodes[0];
+    auto scene = sceneOf(box(size, size / 2), import::ImportedMaterial{});
+    scene->nodes.push_back(scene->nodes[0]);
     scene->nodes[0].meshes.clear();
-    scene->nodes.push_back(prototype);
     import::ImportedInstances instances{1, {}};
     for (float side : {-1.0f, 1.0f}) {
         QMatrix4x4 m;
         m.translate(side * size, 0, 0);
         instances.table.transforms.push_back(m);
-        instances.table.colors.push_back(side < 0 ? QVector4D(0.8f, 0.02f, 0.02f, 1) : QVector4D(0.02f, 0.02f, 0.8f, 1));
+        instances.table.colors.push_back(side < 0 ? kRed : QVector4D(0.02f, 0.02f, 0.8f, 1));
     }
     scene->nodes[0].instances.push_back(std::move(instances));
     return scene;
+}
+
+// What `item` draws, once `ready` holds in its window.
+QImage drawn(QQuickItem* item, const std::function<bool()>& ready) {
+    EXPECT_TRUE(render::DrawnFrames::waitUntil(*item->window(), ready, 30.0));
+    return render::ItemSnapshotRenderer(item).grab(false).value_or(QImage()).convertToFormat(QImage::Format_RGB32);
 }
 
 // A window showing the 3D viewer with `scene`; the picture once it is on screen.
@@ -147,11 +153,7 @@ struct ThreeDWindow {
         item->setViewer(Reality3DView(
             Binding<Reality3DView::SceneNodePtr>::cell(scenegraph::SceneNodeBuilder::build(scene).rootNode), loaded));
     }
-    QImage picture() {
-        EXPECT_TRUE(render::DrawnFrames::waitUntil(
-            window, [&] { return loaded.get() && item->textures().pendingDecodes() == 0; }, 30.0));
-        return render::ItemSnapshotRenderer(item).grab(false).value_or(QImage()).convertToFormat(QImage::Format_RGB32);
-    }
+    QImage picture() { return drawn(item, [&] { return loaded.get() && item->textures().pendingDecodes() == 0; }); }
 };
 
 // A simulated room that finds its table at once.
@@ -166,8 +168,7 @@ ARViewContainer::BackendFactory quickRoom(float sway, double initializing = 0.05
     };
 }
 
-// An AR window whose session comes from `backend`; `model` (may be null) is handed to the
-// container as the screen does.
+// An AR window whose session comes from `backend`.
 struct ARWindow {
     QQuickWindow window;
     render::ARViewItem* item = new render::ARViewItem(window.contentItem());
@@ -188,14 +189,13 @@ struct ARWindow {
         item->setARView(view);
         item->setCoachingOverlay(coordinator->coachingOverlay);
     }
-    void place(std::shared_ptr<reality::ModelEntity> entity) {
-        model.set(std::move(entity));
+    // Hands `entity` to the container as the screen does; the picture once it stands on the table.
+    QImage place(const std::shared_ptr<reality::ModelEntity>& entity) {
+        model.set(entity);
         container.updateUIView(view, {coordinator});
+        return pictureWhen([&] { return loaded.get() && entity->isActive(); });
     }
-    QImage pictureWhen(const std::function<bool()>& ready) {
-        EXPECT_TRUE(render::DrawnFrames::waitUntil(window, ready, 30.0));
-        return render::ItemSnapshotRenderer(item).grab(false).value_or(QImage()).convertToFormat(QImage::Format_RGB32);
-    }
+    QImage pictureWhen(const std::function<bool()>& ready) { return drawn(item, ready); }
     // Where the anchor of the placed model shows on screen now.
     QPointF anchorOnScreen() const {
         const auto anchor = model.get()->parent();
@@ -207,12 +207,9 @@ struct ARWindow {
 
 TEST(ThreeDViewerPixels, AModelShowsCentredAndFramedAlikeInCentimetresAndMetres) {
     SKIP_WITHOUT_GL();
-    ThreeDWindow metres(redBox(0.3f));
+    ThreeDWindow metres(redBox(0.3f)), centimetres(redBox(30.0f));
     const QImage inMetres = metres.picture();
-    ThreeDWindow centimetres(redBox(30.0f));
-    const QImage inCentimetres = centimetres.picture();
-
-    const Region a = find(inMetres, reddish), b = find(inCentimetres, reddish);
+    const Region a = find(inMetres, reddish), b = find(centimetres.picture(), reddish);
     ASSERT_GT(a.count, kViewSize.width() * kViewSize.height() / 20) << "the model is missing or tiny";
     EXPECT_LT(a.count, kViewSize.width() * kViewSize.height() * 3 / 4) << "the model overflows the view";
     EXPECT_NEAR(a.centroid.x(), kViewSize.width() / 2.0, kViewSize.width() / 40.0);
@@ -226,16 +223,14 @@ TEST(ThreeDViewerPixels, AModelShowsCentredAndFramedAlikeInCentimetresAndMetres)
 TEST(ThreeDViewerPixels, InstancesShowAtTheirPlacesInTheirColoursInBothViews) {
     SKIP_WITHOUT_GL();
     const auto scene = redAndBlueInstances(0.1f);
-    // The first copy shows without its colour under Qt 6.4's instancing: it is found as
-    // anything but the background, the second by its colour.
-    const auto copies = [](const QImage& image, QRect half) {
-        const QRgb background = image.pixel(2, 2);
-        return find(image, [&](QRgb p) { return std::abs(qGray(p) - qGray(background)) > 8 || bluish(p); }, half);
-    };
     ThreeDWindow viewer(scene);
     const QImage picture = viewer.picture();
     const int w = kViewSize.width(), h = kViewSize.height();
-    const Region left = copies(picture, QRect(0, 0, w / 2, h)), blue = find(picture, bluish);
+    // The first copy shows without its colour under Qt 6.4's instancing: it is found as
+    // anything but the background, the second by its colour.
+    const QRgb background = picture.pixel(2, 2);
+    const Region left = find(picture, [&](QRgb p) { return std::abs(qGray(p) - qGray(background)) > 8 || bluish(p); }, QRect(0, 0, w / 2, h));
+    const Region blue = find(picture, bluish);
     EXPECT_GT(left.count, 500);
     EXPECT_GT(blue.count, 500);
     EXPECT_GT(blue.centroid.x(), w / 2.0);
@@ -243,68 +238,46 @@ TEST(ThreeDViewerPixels, InstancesShowAtTheirPlacesInTheirColoursInBothViews) {
     EXPECT_NEAR((left.centroid.x() + blue.centroid.x()) / 2, w / 2.0, w / 20.0);
 
     ARWindow ar(quickRoom(0.0f));
-    auto entity = reality::ModelEntity::fromImportedScene(scene);
-    ar.place(entity);
-    const QImage placed = ar.pictureWhen([&] { return ar.loaded.get() && entity->isActive(); });
-    EXPECT_GT(find(placed, bluish).count, 100);
+    EXPECT_GT(find(ar.place(reality::ModelEntity::fromImportedScene(scene)), bluish).count, 100);
 }
 
-TEST(ThreeDViewerPixels, EmissiveAndTransparentMaterialsShowAsSuch) {
+// Materials and meshes whose colour comes from elsewhere than the base colour: each shows over
+// a twentieth of the view in the colour it says.
+TEST(ThreeDViewerPixels, EmissiveTransparentVertexColouredAndTexturedModelsShowTheirColours) {
     SKIP_WITHOUT_GL();
-    import::ImportedMaterial glowing;
-    glowing.baseColorFactor = QVector4D(0, 0, 0, 1);
-    glowing.emissiveFactor = QVector3D(0, 1, 0);
-    ThreeDWindow emissive(box(0.3f, glowing));
-    const QImage lit = emissive.picture();
+    const auto expectShows = [](std::shared_ptr<const import::ImportedScene> scene, const std::function<bool(QRgb)>& colour) {
+        ThreeDWindow viewer(std::move(scene));
+        EXPECT_GT(find(viewer.picture(), colour).count, kViewSize.width() * kViewSize.height() / 20);
+    };
     // Black by its base colour, yet bright green everywhere it shows, shade or not.
-    EXPECT_GT(find(lit, [](QRgb p) { return qGreen(p) > 200 && qRed(p) < 80 && qBlue(p) < 80; }).count,
-              kViewSize.width() * kViewSize.height() / 20);
-
-    import::ImportedMaterial glass;
-    glass.baseColorFactor = QVector4D(0, 0, 1, 1);
+    import::ImportedMaterial glowing = coloured(QVector4D(0, 0, 0, 1));
+    glowing.emissiveFactor = QVector3D(0, 1, 0);
+    expectShows(sceneOf(box(0.3f, 0.15f), glowing), [](QRgb p) { return qGreen(p) > 200 && qRed(p) < 80 && qBlue(p) < 80; });
+    // Blue over the light background: neither the background nor an opaque blue.
+    import::ImportedMaterial glass = coloured(QVector4D(0, 0, 1, 1));
     glass.opacity = 0.35f;
     glass.alphaMode = import::AlphaMode::blend;
-    ThreeDWindow transparent(box(0.3f, glass));
-    const QImage seeThrough = transparent.picture();
-    // Blue over the light background: neither the background nor an opaque blue.
-    const Region tinted = find(seeThrough, [](QRgb p) { return qBlue(p) > qRed(p) + 15 && qRed(p) > 90 && qRed(p) < 235; });
-    EXPECT_GT(tinted.count, kViewSize.width() * kViewSize.height() / 20);
-}
-
-TEST(ThreeDViewerPixels, VertexColoursTintTheBaseColour) {
-    SKIP_WITHOUT_GL();
-    import::ImportedMaterial white;
-    auto scene = std::make_shared<import::ImportedScene>(*box(0.3f, white));
-    auto& mesh = scene->meshes[0];
-    mesh.colors.assign(mesh.positions.size(), QVector4D(0.05f, 0.6f, 0.05f, 1.0f));
-    ThreeDWindow viewer(scene);
-    const QImage picture = viewer.picture();
-    EXPECT_GT(find(picture, [](QRgb p) { return qGreen(p) > qRed(p) + 60 && qGreen(p) > qBlue(p) + 60; }).count,
-              kViewSize.width() * kViewSize.height() / 20);
-}
-
-TEST(ThreeDViewerPixels, ATexturedCorpusModelShowsItsTexture) {
-    SKIP_WITHOUT_GL();
-    ORVANTA_CORPUS_FILE(path, "glb/Duck.glb");
-    auto imported = import::SceneImporter::importFile(path.string());
-    ASSERT_TRUE(imported);
-    ThreeDWindow viewer(std::make_shared<const import::ImportedScene>(std::move(imported).value()));
-    const QImage picture = viewer.picture();
+    expectShows(sceneOf(box(0.3f, 0.15f), glass), [](QRgb p) { return qBlue(p) > qRed(p) + 15 && qRed(p) > 90 && qRed(p) < 235; });
+    // Green vertex colours on a white material.
+    import::ImportedMesh tinted = box(0.3f, 0.15f);
+    tinted.colors.assign(tinted.positions.size(), QVector4D(0.05f, 0.6f, 0.05f, 1.0f));
+    expectShows(sceneOf(tinted, {}), [](QRgb p) { return qGreen(p) > qRed(p) + 60 && qGreen(p) > qBlue(p) + 60; });
     // The duck's texture is yellow with an orange beak: untextured it would be white.
-    const Region yellow = find(picture, [](QRgb p) { return qRed(p) > 180 && qGreen(p) > 150 && qBlue(p) < 90; });
-    EXPECT_GT(yellow.count, kViewSize.width() * kViewSize.height() / 20);
+    ORVANTA_CORPUS_FILE(duck, "glb/Duck.glb");
+    auto imported = import::SceneImporter::importFile(duck.string());
+    ASSERT_TRUE(imported);
+    expectShows(std::make_shared<const import::ImportedScene>(std::move(imported).value()),
+                [](QRgb p) { return qRed(p) > 180 && qGreen(p) > 150 && qBlue(p) < 90; });
 }
 
 // Which faces a material draws: a square seen from behind shows only when its material is
 // double-sided; a masked texture cuts its transparent half out instead of drawing it.
 TEST(ThreeDViewerPixels, DoubleSidedAndMaskedMaterialsDrawWhatTheySay) {
     SKIP_WITHOUT_GL();
-    import::ImportedMaterial red;
-    red.baseColorFactor = QVector4D(0.8f, 0.02f, 0.02f, 1.0f);
-    import::ImportedMaterial twoSided = red;
+    import::ImportedMaterial twoSided = coloured(kRed);
     twoSided.doubleSided = true;
     const int area = kViewSize.width() * kViewSize.height();
-    ThreeDWindow back(square(red)), both(square(twoSided));
+    ThreeDWindow back(sceneOf(square(), coloured(kRed))), both(sceneOf(square(), twoSided));
     EXPECT_LT(find(back.picture(), reddish).count, area / 200) << "a one-sided square is drawn from behind";
     const int whole = find(both.picture(), reddish).count;
     EXPECT_GT(whole, area / 20) << "a double-sided square is culled from behind";
@@ -317,7 +290,7 @@ TEST(ThreeDViewerPixels, DoubleSidedAndMaskedMaterialsDrawWhatTheySay) {
     import::ImportedMaterial masked = twoSided;
     masked.alphaMode = import::AlphaMode::mask;
     masked.alphaCutoff = 0.5f;
-    ThreeDWindow cut(square(masked, halves));
+    ThreeDWindow cut(sceneOf(square(), masked, halves));
     const QImage picture = cut.picture();
     const Region kept = find(picture, reddish);
     EXPECT_NEAR(double(kept.count) / whole, 0.5, 0.12) << "the mask's cut-out half is drawn";
@@ -338,10 +311,7 @@ TEST(ARViewPixels, TheSquareThenThePlacedDishStayOnTheTableWhileTheCameraSways) 
     const QRect centre(kViewSize.width() / 4, kViewSize.height() / 4, kViewSize.width() / 2, kViewSize.height() / 2);
     EXPECT_GT(find(searching, amber, centre).count, 20) << "no amber focus square near the centre";
 
-    auto dish = reality::ModelEntity::fromImportedScene(redBox(0.2f));
-    ar.place(dish);
-    const auto onTable = [&] { return ar.loaded.get() && dish->isActive(); };
-    const QImage placed = ar.pictureWhen(onTable);
+    const QImage placed = ar.place(reality::ModelEntity::fromImportedScene(redBox(0.2f)));
     EXPECT_EQ(find(placed, amber).count, 0) << "the square stays after placement";
     const Region first = find(placed, reddish);
     ASSERT_GT(first.count, 100);
@@ -366,31 +336,6 @@ TEST(ARViewPixels, TheRoomFillsWindowsOfEveryShape) {
             return qGray(p) < 60 && std::abs(qRed(p) - qGreen(p)) < 8 && std::abs(qGreen(p) - qBlue(p)) < 8;
         });
         EXPECT_LT(gaps.count, size.width() * size.height() / 1000) << size.width() << "x" << size.height();
-    }
-}
-
-// A placed dish stands in its contact shadow: the table just beside it is darker than the
-// table a little further out along the same grain.
-TEST(ARViewPixels, TheTableBesideAPlacedDishIsDarkerThanFurtherOut) {
-    SKIP_WITHOUT_GL();
-    ARWindow ar(quickRoom(0.0f));
-    auto dish = reality::ModelEntity::fromImportedScene(redBox(0.2f));
-    ar.place(dish);
-    const QImage picture = ar.pictureWhen([&] { return ar.loaded.get() && dish->isActive(); });
-    const auto& camera = ar.view->session()->currentFrame()->camera;
-    // The mean grey of a 5 × 5 patch of table `x` metres beside the dish's centre.
-    const auto greyBeside = [&](float x) {
-        const auto at = camera.projectPoint(dish->parent()->position(nullptr) + QVector3D(x, 0, 0), QSizeF(kViewSize));
-        EXPECT_TRUE(at.has_value());
-        double sum = 0;
-        for (int dy = -2; dy <= 2; ++dy)
-            for (int dx = -2; dx <= 2; ++dx) sum += qGray(picture.pixel(at->toPoint() + QPoint(dx, dy)));
-        return sum / 25;
-    };
-    // The dish stands 0.1 m wide on its half-size anchor; its shadow reaches 0.08 m out.
-    for (const float side : {-1.0f, 1.0f}) {
-        SCOPED_TRACE(side);
-        EXPECT_LT(greyBeside(side * 0.056f), 0.85 * greyBeside(side * 0.15f));
     }
 }
 
@@ -420,42 +365,49 @@ TEST(ARViewPixels, TheCoachingOverlayVeilsTheViewUntilThePlaneIsFound) {
     EXPECT_GT(find(found, woody).count, find(coaching, woody).count);
 }
 
-TEST(ARViewPixels, SnapshotsShowTheViewAloneAtItsSizeAndAnHDRSnapshotHoldsFloats) {
+// A dish placed on a still table stands in its contact shadow, is photographed without the
+// controls over the view, and moves when dragged.
+TEST(ARViewPixels, APlacedDishCastsAShadowIsPhotographedAloneAndFollowsADrag) {
     SKIP_WITHOUT_GL();
     ARWindow ar(quickRoom(0.0f));
     auto dish = reality::ModelEntity::fromImportedScene(redBox(0.2f));
-    ar.place(dish);
-    ar.pictureWhen([&] { return ar.loaded.get() && dish->isActive(); });
-    // A control stacked over the dish: on screen, never in the photo.
-    MagentaCover cover(ar.window.contentItem(), QRectF(QPointF(kViewSize.width() / 4, kViewSize.height() / 4), kViewSize / 2));
-    EXPECT_GT(find(ar.window.grabWindow().convertToFormat(QImage::Format_RGB32), magenta).count, 1000);
-    for (const bool hdr : {false, true}) {
-        std::optional<QImage> image;
-        bool delivered = false;
-        ar.view->snapshot(hdr, [&](std::optional<QImage> result) {
-            image = std::move(result);
-            delivered = true;
-        });
-        EXPECT_FALSE(delivered) << "delivered before the next turn of the main queue";
-        render::DrawnFrames::waitUntil(ar.window, [&] { return delivered; }, 30.0);
-        ASSERT_TRUE(image);
-        EXPECT_EQ(image->size(), kViewSize * image->devicePixelRatio());
-        if (hdr && render::GlSupport::hasHalfFloatTargets()) {
-            EXPECT_EQ(image->format(), QImage::Format_RGBA16FPx4);
-        }
-        const QImage rgb = image->convertToFormat(QImage::Format_RGB32);
-        EXPECT_GT(find(rgb, woody).count, kViewSize.width() * kViewSize.height() / 10);
-        EXPECT_GT(find(rgb, reddish).count, 100) << "the dish";
-        EXPECT_EQ(find(rgb, magenta).count, 0) << "the control above the view";
-    }
-}
+    const QImage picture = ar.place(dish);
+    const auto& camera = ar.view->session()->currentFrame()->camera;
+    // The mean grey of a 5 × 5 patch of table `x` metres beside the dish's centre.
+    const auto greyBeside = [&](float x) {
+        const auto at = camera.projectPoint(dish->parent()->position(nullptr) + QVector3D(x, 0, 0), QSizeF(kViewSize));
+        EXPECT_TRUE(at.has_value());
+        double sum = 0;
+        for (int dy = -2; dy <= 2; ++dy)
+            for (int dx = -2; dx <= 2; ++dx) sum += qGray(picture.pixel(at->toPoint() + QPoint(dx, dy)));
+        return sum / 25;
+    };
+    // The dish stands 0.1 m wide on its half-size anchor; its shadow reaches 0.08 m out.
+    for (const float side : {-1.0f, 1.0f}) EXPECT_LT(greyBeside(side * 0.056f), 0.85 * greyBeside(side * 0.15f)) << side;
 
-TEST(ARViewPixels, ADragOverThePlacedDishMovesIt) {
-    SKIP_WITHOUT_GL();
-    ARWindow ar(quickRoom(0.0f));
-    auto dish = reality::ModelEntity::fromImportedScene(redBox(0.2f));
-    ar.place(dish);
-    ar.pictureWhen([&] { return ar.loaded.get() && dish->isActive(); });
+    {
+        // A control stacked over the dish: on screen, never in the photo.
+        MagentaCover cover(ar.window.contentItem(), QRectF(QPointF(kViewSize.width() / 4, kViewSize.height() / 4), kViewSize / 2));
+        EXPECT_GT(find(ar.window.grabWindow().convertToFormat(QImage::Format_RGB32), magenta).count, 1000);
+        for (const bool hdr : {false, true}) {
+            std::optional<QImage> image;
+            bool delivered = false;
+            ar.view->snapshot(hdr, [&](std::optional<QImage> result) {
+                image = std::move(result);
+                delivered = true;
+            });
+            EXPECT_FALSE(delivered) << "delivered before the next turn of the main queue";
+            render::DrawnFrames::waitUntil(ar.window, [&] { return delivered; }, 30.0);
+            ASSERT_TRUE(image);
+            EXPECT_EQ(image->size(), kViewSize * image->devicePixelRatio());
+            if (hdr && render::GlSupport::hasHalfFloatTargets()) EXPECT_EQ(image->format(), QImage::Format_RGBA16FPx4);
+            const QImage rgb = image->convertToFormat(QImage::Format_RGB32);
+            EXPECT_GT(find(rgb, woody).count, kViewSize.width() * kViewSize.height() / 10);
+            EXPECT_GT(find(rgb, reddish).count, 100) << "the dish";
+            EXPECT_EQ(find(rgb, magenta).count, 0) << "the control above the view";
+        }
+    }
+
     const QVector3D before = dish->position(nullptr);
     QPointF at = ar.anchorOnScreen() - QPointF(0, 8);
     const auto send = [&](QEvent::Type type, QPointF point, Qt::MouseButtons buttons) {
@@ -527,19 +479,7 @@ TEST(ARViewPixels, OnACameraPictureTheDishStandsWhereThePictureShowsItsPlace) {
     const QVector3D marks[] = {{0.12f, 0, 0}, {-0.1f, 0, 0.08f}};
     // A thin red plate 0.1 m across resting on the table; placed at half size, the centre of
     // its lit top stands 2 mm above the table's centre.
-    auto plateScene = std::make_shared<import::ImportedScene>();
-    {
-        import::ImportedMesh mesh = reality::MeshResource::generateBox(0.1f, 0.004f, 0.1f)->mesh();
-        for (QVector3D& p : mesh.positions) p.setY(p.y() + 0.002f);
-        plateScene->meshes.push_back(std::move(mesh));
-        import::ImportedMaterial red;
-        red.baseColorFactor = QVector4D(0.8f, 0.02f, 0.02f, 1.0f);
-        plateScene->materials.push_back(red);
-        plateScene->meshes[0].subsets.front().material = 0;
-        import::ImportedNode root;
-        root.meshes = {0};
-        plateScene->nodes.push_back(root);
-    }
+    const auto plateScene = sceneOf(box(0.1f, 0.004f), coloured(kRed));
     // The corners of its top, placed at half size on the table's centre.
     const QVector3D plateTop[] = {{-0.025f, 0.002f, -0.025f}, {0.025f, 0.002f, -0.025f}, {0.025f, 0.002f, 0.025f}, {-0.025f, 0.002f, 0.025f}};
     const auto litRed = [](QRgb p) { return reddish(p) && qRed(p) > 200; }; // the top, not the shaded sides
@@ -566,9 +506,7 @@ TEST(ARViewPixels, OnACameraPictureTheDishStandsWhereThePictureShowsItsPlace) {
         camera.intrinsics = c.lens;
         camera.imageResolution = c.picture;
         ARWindow ar([&] { return std::make_unique<StillCameraBackend>(camera, std::vector<std::shared_ptr<const QImage>>{picture}, QSizeF(0.6, 0.6)); });
-        auto plate = reality::ModelEntity::fromImportedScene(plateScene);
-        ar.place(plate);
-        const QImage shown = ar.pictureWhen([&] { return ar.loaded.get() && plate->isActive(); });
+        const QImage shown = ar.place(reality::ModelEntity::fromImportedScene(plateScene));
         ASSERT_EQ(shown.size(), kViewSize);
 
         // Centroids count pixels by their index: a region centred on the point p of the view

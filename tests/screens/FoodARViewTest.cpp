@@ -41,13 +41,18 @@ protected:
     }
 };
 
-TEST_F(FoodARViewTest, VisibilityFollowsTheStateTable) {
+TEST_F(FoodARViewTest, VisibilityFollowsTheStateTableFromOpeningToThePreview) {
     auto screen = openScreen(TrackingStateEnum::normal);
+    screen->thumbnailTapped(); // nothing captured yet
+    EXPECT_FALSE(screen->navigateToImagePreview());
     screen->setARView(makeARView());
     // Opening: AR view, instruction and top bar; nothing loaded, so no capture button.
     EXPECT_EQ(shown(*screen), (Shown{true, false, true, true, false, false, false}));
 
-    main_->advance(5.0); // the first load starts (tracking is normal) and the timer hides the bar
+    main_->advance(4.9);
+    EXPECT_TRUE(network_->entityLoads.empty());
+    main_->advance(0.1); // the first load starts (tracking is normal) and the timer hides the bar
+    EXPECT_EQ(network_->entityLoads, std::vector<std::string>{"https://example.com/pizza.usdz"});
     EXPECT_EQ(shown(*screen), (Shown{true, false, false, false, false, true, false}));
 
     screen->tap();
@@ -61,15 +66,11 @@ TEST_F(FoodARViewTest, VisibilityFollowsTheStateTable) {
 
     screen->setSelectedMode(FoodARView::Mode::ThreeD); // loading again, for the 3D viewer
     EXPECT_EQ(shown(*screen), (Shown{false, true, false, true, false, true, true}));
-}
 
-TEST_F(FoodARViewTest, TheFirstLoadWaitsFiveSecondsForNormalTracking) {
-    auto screen = openScreen(TrackingStateEnum::normal);
-    main_->advance(4.9);
-    EXPECT_TRUE(network_->entityLoads.empty());
-    main_->advance(0.1);
-    EXPECT_EQ(network_->entityLoads, std::vector<std::string>{"https://example.com/pizza.usdz"});
-    EXPECT_FALSE(screen->showInsText());
+    screen->thumbnailTapped(); // the thumbnail goes and the preview opens with its picture
+    EXPECT_FALSE(screen->showsThumbnail());
+    EXPECT_TRUE(screen->navigateToImagePreview());
+    EXPECT_EQ(screen->imagePreview()->image().pixelColor(0, 0), QColor(Qt::red));
 }
 
 TEST_F(FoodARViewTest, LimitedTrackingLoadsNothingUntilTheModeChanges) {
@@ -166,20 +167,6 @@ TEST_F(FoodARViewTest, ASecondSnapshotRestartsTheThumbnailAndTheFirstHideStillFi
     EXPECT_FALSE(screen->isPreviewVisible());
 }
 
-TEST_F(FoodARViewTest, TappingTheThumbnailHandsThePictureToThePreview) {
-    auto screen = openScreen(TrackingStateEnum::normal);
-    screen->thumbnailTapped(); // nothing captured yet
-    EXPECT_FALSE(screen->navigateToImagePreview());
-
-    screen->setARView(makeARView());
-    snapshots_->pictures = {picture(Qt::green)};
-    screen->takeScreenshot();
-    screen->thumbnailTapped();
-    EXPECT_FALSE(screen->isPreviewVisible());
-    EXPECT_TRUE(screen->navigateToImagePreview());
-    EXPECT_EQ(screen->imagePreview()->image().pixelColor(0, 0), QColor(Qt::green));
-}
-
 TEST_F(FoodARViewTest, TheModeControlHidesAtTheNextTickAfterATap) {
     auto screen = openScreen(TrackingStateEnum::notTracking);
     main_->advance(5.0);
@@ -219,14 +206,11 @@ std::shared_ptr<scenegraph::SceneNode> greenTexturedBox() {
     green.save(&buffer, "PNG");
     auto scene = std::make_shared<import::ImportedScene>();
     scene->meshes.push_back(reality::MeshResource::generateBox(0.3f, 0.15f, 0.3f)->mesh());
-    scene->textures.push_back(import::ImportedTexture{"green.png", png, nullptr});
-    import::ImportedMaterial material;
-    material.baseColorTexture = import::ImportedTextureRef{0};
-    scene->materials.push_back(material);
     scene->meshes[0].subsets.front().material = 0;
-    import::ImportedNode root;
-    root.meshes = {0};
-    scene->nodes.push_back(root);
+    scene->textures.push_back(import::ImportedTexture{"green.png", png, nullptr});
+    scene->materials.push_back(import::ImportedMaterial{});
+    scene->materials[0].baseColorTexture = import::ImportedTextureRef{0};
+    scene->nodes.push_back({"", QMatrix4x4(), -1, {}, {0}});
     return scenegraph::SceneNodeBuilder::build(scene).rootNode;
 }
 
