@@ -128,6 +128,9 @@ TEST_F(ConvertToolTest, ExtensionsTheKitDoesNotReadAreReported) {
 TEST_F(ConvertToolTest, FailuresAndWrongCommandLines) {
     const QString empty = dir.filePath("empty.usda");
     testing::TestModels::write(empty.toStdString(), "#usda 1.0\n");
+    // 60,000 seeds of 98 triangles: over the drawing budget once multiplied out.
+    const QString heavy = dir.filePath("heavy.usda");
+    testing::TestModels::write(heavy.toStdString(), testing::TestModels::seedScatterUsda(60'000, 7));
     const struct {
         QStringList arguments;
         int exitCode;
@@ -138,6 +141,7 @@ TEST_F(ConvertToolTest, FailuresAndWrongCommandLines) {
         {{glb, dir.filePath("out.obj")}, 2, "must end in .usdz or .glb"},
         {{empty, dir.filePath("empty.glb")}, 1, "empty.usda: nothing to convert: the model has no triangles"},
         {{glb}, 2, "usage:"},
+        {{heavy, dir.filePath("heavy.glb")}, 1, "The model is too heavy to draw: 5,880,000 triangles after instancing"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.arguments.join(" ").toStdString());
@@ -146,6 +150,7 @@ TEST_F(ConvertToolTest, FailuresAndWrongCommandLines) {
         EXPECT_TRUE(run.err.contains(c.message)) << run.err.toStdString();
     }
     EXPECT_FALSE(QFile::exists(dir.filePath("empty.glb")));
+    EXPECT_FALSE(QFile::exists(dir.filePath("heavy.glb")));
 }
 
 #endif
