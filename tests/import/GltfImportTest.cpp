@@ -113,8 +113,6 @@ TEST(GltfImportTest, DracoCompressedBoxDecodesToThePlainBox) {
     }
 }
 
-QString dataUri(const char* type, const QByteArray& bytes) { return QString("data:%1;base64,").arg(type) + bytes.toBase64(); }
-
 // A one-triangle glTF whose buffer, and its base-colour image when `png` is given, are base64
 // data URIs.
 QJsonObject gltfWithDataUris(const QByteArray& png = {}) {

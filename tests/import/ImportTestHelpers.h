@@ -58,6 +58,8 @@ inline QByteArray glbOf(QByteArray json, QByteArray bin) {
            word(quint32(bin.size())) + QByteArray("BIN\0", 4) + bin;
 }
 
+inline QString dataUri(const char* type, const QByteArray& bytes) { return QString("data:%1;base64,").arg(type) + bytes.toBase64(); }
+
 inline QByteArray pngOf(QColor color, QSize size = {2, 2}) {
     QImage image(size, QImage::Format_RGBA8888);
     image.fill(color);
@@ -88,6 +90,10 @@ inline const ImportedMaterial* materialNamed(const ImportedScene& scene, const s
 
 inline void expectNear(const QVector3D& actual, const QVector3D& expected, float tolerance = 1e-4f) {
     EXPECT_LT((actual - expected).length(), tolerance) << "(" << actual.x() << ", " << actual.y() << ", " << actual.z() << ")";
+}
+
+inline void expectNear(const QVector2D& actual, const QVector2D& expected) {
+    EXPECT_LT((actual - expected).length(), 1e-4f) << "(" << actual.x() << ", " << actual.y() << ")";
 }
 
 } // namespace orvanta::import
