@@ -205,8 +205,9 @@ TEST(UsdzArchive, BrokenOrHostilePackagesEndInClearErrors) {
         {with(stored, [](auto& e) { e.declaredSize = 7; }), C::malformedData, "two different sizes"},
         // A stored entry whose size runs past the end of the file.
         {patched(layer, local, {{18, 0xff}, {19, 0xff}, {22, 0xff}, {23, 0xff}}), C::malformedData, "declares 65535 bytes but the file ends"},
-        // The directory disagrees with the local header about a size.
+        // The directory disagrees with the local header about both sizes, or the inflated one.
         {patched(layer, central, {{20, 9}, {24, 9}}), C::malformedData, "disagree on the entry's size"},
+        {patched(layer, central, {{24, 9}}), C::malformedData, "disagree on the entry's size"},
         {ZipWriter().add("dish.usda", "a").add("b.png", "b").build(1), C::malformedData, "the central directory lists 1 entries, the archive holds 2"},
         {ZipWriter().add("dir/", "").build(), C::malformedData, "holds no files"},
     };
