@@ -364,17 +364,6 @@ TEST(GltfImportTest, NodesAndBothAdaptersKeepFileOrderAndParents) {
         ASSERT_TRUE(children[i]->geometry());
         EXPECT_EQ(children[i]->geometry()->source, scene);
     }
-    // The model loader moves the top level into a container of its own: the order holds,
-    // the container has no parent, and the imported root is left empty.
-    auto container = scenegraph::SceneNode::make();
-    for (const auto& child : children) container->addChildNode(child);
-    EXPECT_EQ(container->parent(), nullptr);
-    EXPECT_TRUE(built.rootNode->childNodes().empty());
-    ASSERT_EQ(container->childNodes().size(), 3u);
-    for (std::size_t i = 0; i < 3; ++i) {
-        EXPECT_EQ(container->childNodes()[i], children[i]);
-        EXPECT_EQ(container->childNodes()[i]->parent(), container);
-    }
 }
 
 } // namespace

@@ -12,14 +12,6 @@
 namespace orvanta::import::usd {
 namespace {
 
-// The node's transform to root space, root conversion included.
-QMatrix4x4 toRoot(const ImportedScene& scene, const ImportedNode* node) {
-    QMatrix4x4 m = node->localTransform;
-    for (int at = node->parent; at >= 0; at = scene.nodes[static_cast<std::size_t>(at)].parent)
-        m = scene.nodes[static_cast<std::size_t>(at)].localTransform * m;
-    return m;
-}
-
 QMatrix4x4 localOf(const ImportedScene& scene, const std::string& name) {
     const ImportedNode* node = nodeNamed(scene, name);
     EXPECT_NE(node, nullptr) << name;
@@ -84,32 +76,16 @@ TEST(UsdSceneTest, CorpusDetailsSurviveComposition) {
     EXPECT_NEAR(blue.baseColorFactor.z(), 0.6307574f, 1e-6f);
     EXPECT_NEAR(blue.roughness, 0.43431458f, 1e-6f);
 
-    ORVANTA_CORPUS_FILE(teapot, "usda/UtahTeapot.usd");
-    EXPECT_NEAR(importOk(UsdImporter::importFile(teapot.string())).bounds().max.y(), 0.22956148f, 1e-6f);  // metres, Y up
-}
-
-// The same scene as text in a package and as a crate file: the same meshes, placed alike.
-TEST(UsdSceneTest, TextAndCrateOfTheSameSceneAgree) {
-    ORVANTA_CORPUS_FILE(text, "usdz/TextureTransformTest.usdz");
-    ORVANTA_CORPUS_FILE(crate, "usdc/crate-0.8.0_TextureTransformTest.usdc");
-    const ImportedScene a = importOk(UsdImporter::importFile(text.string()));
-    const ImportedScene b = importOk(UsdImporter::importFile(crate.string()));
+    ORVANTA_CORPUS_FILE(arrows, "usdz/TextureTransformTest.usdz");
+    const ImportedScene spaced = importOk(UsdImporter::importFile(arrows.string()));
     std::vector<std::string> uris;
-    for (const ImportedTexture& t : a.textures) uris.push_back(t.uri);
+    for (const ImportedTexture& t : spaced.textures) uris.push_back(t.uri);
     EXPECT_NE(std::find(uris.begin(), uris.end(), "0/TextureTransformTest UV_244266e87c0f006acef7f70b1ae83a8f.png"), uris.end());
     // Centimetres with a 100x root scale: the quads end up about a metre wide.
-    EXPECT_NEAR(a.bounds().max.x(), 1.6f, 1e-4f);
-    ASSERT_EQ(a.meshes.size(), b.meshes.size());
-    for (const ImportedMesh& mesh : a.meshes) {
-        SCOPED_TRACE(mesh.name);
-        const ImportedMesh* other = meshNamed(b, mesh.name);
-        ASSERT_NE(other, nullptr);
-        EXPECT_EQ(mesh.positions, other->positions);
-        EXPECT_EQ(mesh.indices, other->indices);
-        EXPECT_EQ(mesh.texCoords, other->texCoords);
-        EXPECT_EQ(mesh.normals, other->normals);
-        EXPECT_EQ(toRoot(a, nodeNamed(a, mesh.name)), toRoot(b, nodeNamed(b, mesh.name)));
-    }
+    EXPECT_NEAR(spaced.bounds().max.x(), 1.6f, 1e-4f);
+
+    ORVANTA_CORPUS_FILE(teapot, "usda/UtahTeapot.usd");
+    EXPECT_NEAR(importOk(UsdImporter::importFile(teapot.string())).bounds().max.y(), 0.22956148f, 1e-6f);  // metres, Y up
 }
 
 TEST(UsdSceneTest, GeneratedPackageResolvesLayersAndTexturesInPlace) {
