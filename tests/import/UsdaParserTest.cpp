@@ -35,9 +35,7 @@ TEST(UsdaParserTest, ReadsLayerMetadataPrimsAndSkipsWhatTheKitDoesNotUse) {
     const Layer layer = parse(R"(#usda 1.0
 (
     "A layer doc string"
-    defaultPrim = "Dish"
-    upAxis = "Z"
-    metersPerUnit = 0.01
+    defaultPrim = "Dish" upAxis = "Z" metersPerUnit = 0.01
     customLayerData = { string creator = "x" dictionary nested = { int a = 1 } }
     subLayers = [@./a.usda@, @b.usda@]
     somethingNew = [(1, 2), {x}]
@@ -45,17 +43,12 @@ TEST(UsdaParserTest, ReadsLayerMetadataPrimsAndSkipsWhatTheKitDoesNotUse) {
 
 # a comment line
 def Xform "Dish" (
-    kind = "component"
-    prepend apiSchemas = ["MaterialBindingAPI"]
-    instanceable = true
-    customData = { bool hidden = 0 }
-    unknownMetadata = @x@</y>
+    kind = "component" prepend apiSchemas = ["MaterialBindingAPI"] instanceable = true
+    customData = { bool hidden = 0 } unknownMetadata = @x@</y>
 )
 {
     def Mesh "Plate" { }  # trailing comment
-    over "Lid" { }
-    class "Template" { }
-    def "Typeless" { }
+    over "Lid" { } class "Template" { } def "Typeless" { }
     reorder nameChildren = ["Lid", "Plate"]
 }
 )");
