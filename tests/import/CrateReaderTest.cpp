@@ -8,6 +8,7 @@
 #include "import/FileBytes.h"
 #include "import/usd/UsdaParser.h"
 #include "import/usd/UsdzArchive.h"
+#include "ImportTestHelpers.h"
 #include "support/Corpus.h"
 #include "export/CrateWriter.h"
 
@@ -25,8 +26,6 @@
 
 namespace orvanta::import::usd {
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
 
 using namespace exporter::crate;
 using exporter::CrateWriter;
@@ -269,28 +268,14 @@ TEST(CrateReader, ValuesDecodeInEveryCoding) {
 // Read for a stage, large arrays stay in the file until decoded; plain floats then view the
 // file's bytes, and a broken array fails only when decoded, naming its layer.
 TEST(CrateReader, LargeArraysWaitInTheFileUntilDecoded) {
-    std::vector<float> points;
-    for (int i = 0; i < 3 * 4096; ++i) points.push_back(static_cast<float>(i) * 0.5f);
-    std::vector<std::int32_t> indices;
-    for (int i = 0; i < 6000; ++i) indices.push_back(i % 4096);
-    CrateWriter b(8);
-    const auto pointsRep = b.array<float>(tVec3f, points, 3);
-    const auto indicesRep = b.compressedArray(tInt, indices);
-    const auto brokenAt = b.arrayCount(6000);
-    b.put(std::uint64_t{12});
-    b.putAll<std::uint8_t>({0, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff});
-    b.spec("/", sPseudoRoot, {});
-    b.spec("/M", sPrim, {});
-    b.spec("/M.points", sAttribute, {{"default", pointsRep}, {"small", b.array<float>(tVec3f, {1, 2, 3}, 3)}});
-    b.spec("/M.faceVertexIndices", sAttribute, {{"default", indicesRep}});
-    b.spec("/M.broken", sAttribute, {{"default", rep(tInt, brokenAt, isArray | isCompressed)}});
-    const Bytes bytes = b.build();
+    const std::string grid = gridCrateLayer(true);
+    const Bytes bytes(grid.begin(), grid.end());
     const auto result = CrateReader::read(bytes, "test.usdc", CrateReader::Arrays::decodeWhenRead);
     ASSERT_TRUE(result.ok()) << result.error().localizedDescription();
     const Layer& layer = result.value();
-    EXPECT_EQ(field<FloatArray>(layer, "/M.points", "small").values, (std::vector<float>{1, 2, 3}));
+    EXPECT_EQ(field<FloatArray>(layer, "/Grid.extent", "default").values, (std::vector<float>{0, 0, 0, 63, 0, 63}));
 
-    const DeferredArray& deferredPoints = field<DeferredArray>(layer, "/M.points", "default");
+    const DeferredArray& deferredPoints = field<DeferredArray>(layer, "/Grid.points", "default");
     ASSERT_NE(deferredPoints.source, nullptr);
     const Value decodedPoints = deferredPoints.source->decode(deferredPoints);
     const FloatArray* floats = decodedPoints.get<FloatArray>();
@@ -298,14 +283,18 @@ TEST(CrateReader, LargeArraysWaitInTheFileUntilDecoded) {
     EXPECT_TRUE(floats->values.empty());
     EXPECT_GE(floats->stored.data(), bytes.data());
     EXPECT_LE(floats->stored.data() + floats->stored.size(), bytes.data() + bytes.size());
-    ASSERT_EQ(floats->size(), 4096u);
-    EXPECT_EQ(floats->component(0), 0.0f);
-    EXPECT_EQ(floats->component(3 * 4096 - 1), points.back());
+    ASSERT_EQ(floats->size(), 64u * 64u);
+    EXPECT_EQ(floats->component(3 * 65), 1.0f);
+    EXPECT_EQ(floats->component(3 * 64 * 64 - 1), 63.0f);
 
-    const DeferredArray& deferredIndices = field<DeferredArray>(layer, "/M.faceVertexIndices", "default");
-    EXPECT_EQ(deferredIndices.source->decode(deferredIndices).get<IntArray>()->values, IntArray::Values(indices));
+    const DeferredArray& deferredIndices = field<DeferredArray>(layer, "/Grid.primvars:st:indices", "default");
+    const Value decodedIndices = deferredIndices.source->decode(deferredIndices);
+    const auto* indices = std::get_if<IntArray::Narrow>(&decodedIndices.get<IntArray>()->values);
+    ASSERT_NE(indices, nullptr);
+    ASSERT_EQ(indices->size(), 63u * 63u * 6u);
+    EXPECT_EQ(indices->back(), 64 * 64 - 1);
 
-    const DeferredArray& broken = field<DeferredArray>(layer, "/M.broken", "default");
+    const DeferredArray& broken = field<DeferredArray>(layer, "/Grid.faceVertexIndices", "default");
     try {
         (void)broken.source->decode(broken);
         ADD_FAILURE() << "a broken array decoded";

@@ -3,7 +3,6 @@
 #include "import/ImportError.h"
 #include "support/Corpus.h"
 #include "support/ExpectImportError.h"
-#include "export/CrateWriter.h"
 
 #include <QTemporaryDir>
 
@@ -340,52 +339,6 @@ def Mesh "Part" {)" + triangleMesh + R"(
     EXPECT_EQ(scene.meshes[0].texCoords.size(), 3u);  // no material varname: primvars:st
     ASSERT_EQ(scene.textures.size(), 1u);
     EXPECT_EQ(scene.textures[0].encoded.toStdString(), pngBytes);
-}
-
-// A crate layer with one 64 x 64 grid mesh, large enough that its arrays are decoded only
-// when the scene reads them: points, vertex normals, face-varying texture coordinates indexed
-// by the corners' points, and compressed topology. With `brokenIndices` the index block is
-// not valid LZ4.
-std::string gridCrateLayer(bool brokenIndices) {
-    using namespace exporter::crate;
-    exporter::CrateWriter w(8);
-    constexpr std::int32_t side = 64;
-    std::vector<float> points, normals, st;
-    std::vector<std::int32_t> indices;
-    for (std::int32_t z = 0; z < side; ++z)
-        for (std::int32_t x = 0; x < side; ++x) {
-            points.insert(points.end(), {float(x), 0.0f, float(z)});
-            normals.insert(normals.end(), {0.0f, 1.0f, 0.0f});
-            st.insert(st.end(), {float(x) / side, float(z) / side});
-            const std::int32_t v = z * side + x;
-            if (z + 1 < side && x + 1 < side) indices.insert(indices.end(), {v, v + side, v + 1, v + 1, v + side, v + side + 1});
-        }
-    const auto indicesRep = [&] {
-        if (!brokenIndices) return w.compressedArray(tInt, indices);
-        const auto at = w.arrayCount(indices.size());
-        w.put(std::uint64_t{4});
-        w.putAll<std::uint8_t>({0, 0xff, 0xff, 0xff});
-        return rep(tInt, at, isArray | isCompressed);
-    }();
-    const std::vector<std::pair<std::string, std::uint64_t>> attributes{
-        {"points", w.array(tVec3f, points, 3)},
-        {"normals", w.array(tVec3f, normals, 3)},
-        {"faceVertexCounts", w.compressedArray(tInt, std::vector<std::int32_t>(indices.size() / 3, 3))},
-        {"faceVertexIndices", indicesRep},
-        {"primvars:st", w.array(tVec2f, st, 2)},
-        {"primvars:st:indices", w.compressedArray(tInt, indices)}};
-    std::vector<std::string> names;
-    for (const auto& [name, value] : attributes) names.push_back(name);
-    w.spec("/", sPseudoRoot, {{"defaultPrim", w.tokenInline("Grid")}, {"primChildren", w.tokenVector({"Grid"})}});
-    w.spec("/Grid", sPrim, {{"specifier", rep(tSpecifier, 0, isInlined)}, {"typeName", w.tokenInline("Mesh")},
-                            {"properties", w.tokenVector(names)}});
-    for (const auto& [name, value] : attributes) {
-        std::vector<std::pair<std::string, std::uint64_t>> fields{{"default", value}};
-        if (name == "primvars:st") fields.push_back({"interpolation", w.tokenInline("faceVarying")});
-        w.spec("/Grid." + name, sAttribute, fields);
-    }
-    const auto layer = w.build();
-    return {layer.begin(), layer.end()};
 }
 
 TEST(UsdSceneTest, LargeCrateMeshDecodesAsTheSceneReadsIt) {
