@@ -76,6 +76,7 @@ std::vector<fs::path> goodCorpusFiles(const fs::path& corpus) {
             files.push_back(path);
         }
     }
+    files.push_back(corpus / "usdz-bad/openusd_badUsdz.usdz");  // deflated, unaligned and nested, yet it loads
     return files;
 }
 

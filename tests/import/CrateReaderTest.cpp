@@ -16,7 +16,6 @@
 
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -504,22 +503,16 @@ TEST(CrateReaderCorpus, CrateAndTextLayersOfOneSceneAgree) {
     EXPECT_GE(compared, 1400u);  // 1407 fields in common when written
 }
 
-TEST(CrateReaderCorpus, TruncatedAndBitFlippedCopiesFailCleanly) {
+// The table of contents sits at the end, so every cut copy must be refused. (Bit flips of
+// these files go through the whole importer in the bad input tests.)
+TEST(CrateReaderCorpus, TruncatedCopiesAreRefused) {
     for (const char* name : {"usdc/crate-0.4.0_top.geom.usd", "usdc/crate-0.7.0_Ball.maya.usd",
                              "usdc/crate-0.8.0_TextureTransformTest.usdc", "usdc/crate-0.9.0_model.usdc"}) {
         SCOPED_TRACE(name);
         ORVANTA_CORPUS_FILE(path, name);
         const CorpusCrate crate(path);
-        const Bytes good(crate.bytes.begin(), crate.bytes.end());
-        // The table of contents sits at the end, so every cut copy must be refused.
-        for (std::size_t length = 0; length < good.size(); length += 1 + length / 32)
-            EXPECT_FALSE(readBytes(Bytes(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length))).ok()) << "length " << length;
-        for (std::size_t i = 0; i < good.size(); i += 1 + good.size() / 2000) {
-            Bytes flipped = good;
-            flipped[i] ^= static_cast<std::uint8_t>(0x80u >> (i % 8));
-            const auto result = readBytes(flipped);
-            EXPECT_TRUE(result.ok() || result.error().domain() == std::string(importErrorDomain));
-        }
+        for (std::size_t length = 0; length < crate.bytes.size(); length += 1 + length / 32)
+            EXPECT_FALSE(readBytes(Bytes(crate.bytes.begin(), crate.bytes.begin() + static_cast<std::ptrdiff_t>(length))).ok()) << length;
     }
 }
 

@@ -83,22 +83,14 @@ def Mesh "M"
 lines"""
     asset file = @@@odd@@@
     bool flag = true
-    texCoord2f[] primvars:st = [(0, 1)] (
-        interpolation = "faceVarying"
-        elementSize = 1
-        doc = """about st"""
-    )
+    texCoord2f[] primvars:st = [(0, 1)] ( interpolation = "faceVarying" elementSize = 1 doc = """about st""" )
     int[] primvars:st:indices = None
     float3 xformOp:translate.timeSamples = { 0: (1, 2, 3), 10: None, }
     float inputs:opacity.connect = </M/Shader.outputs:a>
     rel material:binding = <../Looks/Mat>
     opaque unknownType = (1, [2])
-    int[] i = [1, -2147483648]
-    uchar c = 255
-    int2 v = (3, -4)
-    bool[] b = [true, false]
-    uint u = 4000000000
-    int64[] w = [-5000000000, 7]
+    int[] i = [1, -2147483648]  uchar c = 255  int2 v = (3, -4)
+    bool[] b = [true, false]  uint u = 4000000000  int64[] w = [-5000000000, 7]
 }
 )");
     const auto* points = field(layer, "/M.points", "default").get<FloatArray>();
@@ -147,9 +139,7 @@ def "A" (
     append references = [@other.usda@ (offset = 10; scale = 2), </Internal>]
     prepend references = @first.usda@
     delete references = @other.usda@
-    payload = @heavy.usda@
-    variants = { string shading = "red" }
-    prepend variantSets = ["shading", "size"]
+    payload = @heavy.usda@ variants = { string shading = "red" } prepend variantSets = ["shading", "size"]
 )
 {
     variantSet "shading" = {

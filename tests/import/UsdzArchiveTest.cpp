@@ -13,7 +13,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -109,65 +108,46 @@ TEST(UsdzArchiveCorpus, PackageWithoutDefaultLayerIsRejected) {
                 "the first entry 'b.png' is not a USD layer");
 }
 
-TEST(UsdzArchiveCorpus, TruncatedAndBitFlippedCopiesFailCleanly) {
+// Any cut loses the end record, so every truncated copy must be refused. (Bit flips of these
+// packages go through the whole importer in the bad input tests.)
+TEST(UsdzArchiveCorpus, TruncatedCopiesAreRefused) {
     for (const char* name : {"usdz/AnimatedTriangle.usdz", "usdz/USDLogo.usdz", "usdz/openusd_simpleMaterial.usdz",
                              "usdz-bad/openusd_badUsdz.usdz", "usdz/openusd_single_usdc.usdz"}) {
         SCOPED_TRACE(name);
         ORVANTA_CORPUS_FILE(path, name);
         const auto file = mapCorpus(path);
-        const Bytes good(file->bytes().begin(), file->bytes().end());
-        // Any cut loses the end record, so every truncated copy must be refused.
-        for (std::size_t length = 0; length < good.size(); length += 1 + length / 16) {
-            const Bytes cut(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length));
-            EXPECT_FALSE(openBytes(cut).ok()) << "length " << length;
-        }
-        // A flipped bit may or may not matter; reading must end in a layer or an error.
-        for (std::size_t i = 0; i < good.size(); i += 1 + good.size() / 1500) {
-            Bytes flipped = good;
-            flipped[i] ^= static_cast<std::uint8_t>(1u << (i % 8));
-            const auto archive = openBytes(flipped);
-            if (!archive.ok()) {
-                EXPECT_EQ(archive.error().domain(), importErrorDomain);
-                continue;
-            }
-            for (const UsdzEntry& entry : archive->entries()) {
-                if (entry.data.size() >= 8 && std::memcmp(entry.data.data(), "PXR-USDC", 8) == 0) {
-                    (void)CrateReader::read(entry.data, entry.path);
-                }
-            }
-        }
+        for (std::size_t length = 0; length < file->bytes().size(); length += 1 + length / 16)
+            EXPECT_FALSE(openBytes(Bytes(file->bytes().begin(), file->bytes().begin() + static_cast<std::ptrdiff_t>(length))).ok())
+                << "length " << length;
     }
 }
 
 // ---- built packages -----------------------------------------------------------------------
 
-TEST(UsdzArchive, StoredEntriesAreViewsOfTheInputBytes) {
-    const Bytes bytes = ZipWriter().add("dish.usda", "#usda 1.0\n").add("tex/plate.png", "PNGDATA").build();
-    const auto archive = openBytes(bytes);
-    ASSERT_TRUE(archive.ok()) << archive.error().localizedDescription();
-    ASSERT_EQ(archive->entries().size(), 2u);
-    EXPECT_EQ(archive->entries()[0].path, "dish.usda");
-    EXPECT_EQ(archive->entries()[1].data.data() - bytes.data(), 128);
-    EXPECT_EQ(text(archive->entries()[1]), "PNGDATA");
-    EXPECT_EQ(archive->find("tex\\plate.png"), &archive->entries()[1]);
-    EXPECT_EQ(archive->find("./tex/plate.png"), &archive->entries()[1]);
-    EXPECT_EQ(archive->find("tex/Plate.png"), nullptr);
-}
-
-TEST(UsdzArchive, DeflatedUnalignedAndDescriptorEntriesAreRead) {
+// Stored entries are views of the input bytes; deflated, unaligned and descriptor entries are
+// read too, and directories left out.
+TEST(UsdzArchive, EveryKindOfEntryIsRead) {
     const std::string layer(5000, 'a');
     const Bytes bytes = ZipWriter()
-                            .add({"dish.usda", layer, true, false})
+                            .add("dish.usda", "#usda 1.0\n")
+                            .add("tex/plate.png", "PNGDATA")
+                            .add({"big.usda", layer, true, false})
                             .add({"a/b.png", "stored, unaligned", false, false})
                             .add({"a/c.png", "after a descriptor", true, true, true})
                             .add({"dir/", ""})
                             .build();
     const auto archive = openBytes(bytes);
     ASSERT_TRUE(archive.ok()) << archive.error().localizedDescription();
-    ASSERT_EQ(archive->entries().size(), 3u);  // the directory is left out
-    EXPECT_EQ(text(archive->entries()[0]), layer);
-    EXPECT_EQ(text(archive->entries()[1]), "stored, unaligned");
-    EXPECT_EQ(text(archive->entries()[2]), "after a descriptor");
+    ASSERT_EQ(archive->entries().size(), 5u);
+    EXPECT_EQ(archive->entries()[0].path, "dish.usda");
+    EXPECT_EQ(archive->entries()[1].data.data() - bytes.data(), 128);
+    EXPECT_EQ(text(archive->entries()[1]), "PNGDATA");
+    EXPECT_EQ(archive->find("tex\\plate.png"), &archive->entries()[1]);
+    EXPECT_EQ(archive->find("./tex/plate.png"), &archive->entries()[1]);
+    EXPECT_EQ(archive->find("tex/Plate.png"), nullptr);
+    EXPECT_EQ(text(archive->entries()[2]), layer);
+    EXPECT_EQ(text(archive->entries()[3]), "stored, unaligned");
+    EXPECT_EQ(text(archive->entries()[4]), "after a descriptor");
 }
 
 // `bytes` with `edit` applied to the byte `at` places after the start of the first `signature`.
