@@ -127,6 +127,7 @@ QJsonObject gltfWithDataUris(const QByteArray& png = {}) {
 
 QByteArray json(const QJsonObject& gltf) { return QJsonDocument(gltf).toJson(QJsonDocument::Compact); }
 
+// A file whose buffer and image are data URIs reads neither from the disk.
 TEST(GltfImportTest, DataUriBufferAndImageNeedNoOtherFile) {
     QTemporaryDir dir;
     ASSERT_TRUE(dir.isValid());
@@ -135,19 +136,11 @@ TEST(GltfImportTest, DataUriBufferAndImageNeedNoOtherFile) {
     const ImportedScene scene = importFileOk(path);
     EXPECT_EQ(scene.format, "gltf");
     ASSERT_EQ(scene.meshes.size(), 1u);
-    const ImportedMesh& mesh = scene.meshes[0];
-    ASSERT_EQ(mesh.positions.size(), 3u);
-    expectNear(mesh.positions[1], {0.2f, 0, 0});
-    expectNear(mesh.positions[2], {0, 0.3f, 0});
-    EXPECT_EQ(mesh.indices, (std::vector<std::uint32_t>{0, 1, 2}));
-    ASSERT_EQ(mesh.texCoords.size(), 3u);
+    EXPECT_EQ(scene.meshes[0].indices, (std::vector<std::uint32_t>{0, 1, 2}));
     ASSERT_EQ(scene.textures.size(), 1u);
-    const QImage image = scene.textures[0].decode();
-    EXPECT_EQ(image.size(), QSize(4, 2));
-    EXPECT_EQ(image.pixelColor(3, 1), QColor(Qt::red));
-    ASSERT_FALSE(mesh.subsets.empty());
-    ASSERT_GE(mesh.subsets[0].material, 0);
-    EXPECT_EQ(scene.materials[static_cast<std::size_t>(mesh.subsets[0].material)].baseColorTexture->texture, 0);
+    EXPECT_EQ(scene.textures[0].decode().pixelColor(3, 1), QColor(Qt::red));
+    ASSERT_GE(scene.meshes[0].subsets.at(0).material, 0);
+    EXPECT_EQ(scene.materials[static_cast<std::size_t>(scene.meshes[0].subsets[0].material)].baseColorTexture->texture, 0);
 }
 
 const QJsonValue removed(QJsonValue::Undefined);

@@ -23,12 +23,8 @@ def Material "Plain" {
     token outputs:surface.connect = </Plain/Surface.outputs:surface>
     def Shader "Surface" {
         uniform token info:id = "UsdPreviewSurface"
-        color3f inputs:diffuseColor = (0.25, 0.5, 0.75)
-        color3f inputs:emissiveColor = (0.1, 0.2, 0.3)
-        float inputs:metallic = 0.9
-        float inputs:roughness = 0.2
-        float inputs:opacity = 0.8
-        float inputs:opacityThreshold = 0.4
+        color3f inputs:diffuseColor = (0.25, 0.5, 0.75)  color3f inputs:emissiveColor = (0.1, 0.2, 0.3)
+        float inputs:metallic = 0.9  float inputs:roughness = 0.2  float inputs:opacity = 0.8  float inputs:opacityThreshold = 0.4
     }
 }
 def Material "Glass" {

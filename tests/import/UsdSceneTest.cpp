@@ -151,10 +151,8 @@ TEST(UsdSceneTest, TransformOpsComposeInOrder) {
     const ImportedScene scene = importOk(importUsda(R"(#usda 1.0
 ( metersPerUnit = 1 )
 def Xform "A" {
-    double3 xformOp:translate = (10, 0, 0)
-    float3 xformOp:rotateXYZ = (0, 0, 90)
-    float3 xformOp:scale.timeSamples = { 5: (9, 9, 9), 1: (2, 2, 2) }
-    float3 xformOp:translate:pivot = (1, 0, 0)
+    double3 xformOp:translate = (10, 0, 0)  float3 xformOp:rotateXYZ = (0, 0, 90)
+    float3 xformOp:scale.timeSamples = { 5: (9, 9, 9), 1: (2, 2, 2) }  float3 xformOp:translate:pivot = (1, 0, 0)
     uniform token[] xformOpOrder = ["xformOp:translate", "xformOp:rotateXYZ", "xformOp:translate:pivot", "xformOp:scale", "!invert!xformOp:translate:pivot"]
     def Xform "B" {
         quatf xformOp:orient = (0.70710678, 0.70710678, 0, 0)

@@ -143,14 +143,8 @@ def "A" (
 )
 {
     variantSet "shading" = {
-        "blue" ( references = @blue.usda@ ) {
-            def Mesh "Cup" { float size = 2 }
-        }
-        "red" {
-            over "Cup" { }
-            float tint = 1
-            variantSet "gloss" = { "matte" { } }
-        }
+        "blue" ( references = @blue.usda@ ) { def Mesh "Cup" { float size = 2 } }
+        "red" { over "Cup" { } float tint = 1 variantSet "gloss" = { "matte" { } } }
     }
 }
 )");
