@@ -21,6 +21,7 @@
 #include <map>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace orvanta::import::usd {
@@ -148,14 +149,12 @@ TEST_P(CrateVersions, DishSceneReadsAsTheTextReaderWouldDescribeIt) {
     EXPECT_EQ(field<Token>(layer, "/Dish{shading=red}Sauce", "specifier").text, "over");
     EXPECT_EQ(field<FloatArray>(layer, "/Dish{shading=red}Sauce.size", "default").values, std::vector<float>{2.5f});
 
-    const auto& references = field<ReferenceArray>(layer, "/Dish/Plate", "references");
-    ASSERT_EQ(references.size(), 1u);
-    EXPECT_EQ(references[0].assetPath, "./side dish.usda");
-    EXPECT_EQ(references[0].primPath, "/Side");
-    const auto& payload = field<ReferenceArray>(layer, "/Dish/Plate", "payload");
-    ASSERT_EQ(payload.size(), 1u);
-    EXPECT_EQ(payload[0].assetPath, "heavy.usdc");
-    EXPECT_EQ(payload[0].primPath, "/Dish/Plate");
+    for (const auto& [name, asset, prim] : {std::tuple{"references", "./side dish.usda", "/Side"}, {"payload", "heavy.usdc", "/Dish/Plate"}}) {
+        const auto& arcs = field<ReferenceArray>(layer, "/Dish/Plate", name);
+        ASSERT_EQ(arcs.size(), 1u) << name;
+        EXPECT_EQ(arcs[0].assetPath, asset);
+        EXPECT_EQ(arcs[0].primPath, prim);
+    }
     EXPECT_TRUE(layer.spec("/Dish/Plate")->field("mystery")->empty());
 
     const auto& points = field<FloatArray>(layer, "/Dish/Plate.points", "default");
