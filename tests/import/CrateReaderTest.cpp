@@ -75,7 +75,7 @@ Bytes dishScene(unsigned minor) {
     b.spec("/Dish{shading=red}Sauce", sPrim, {{"specifier", rep(tSpecifier, 1, isInlined)}});
     b.spec("/Dish{shading=red}Sauce.size", sAttribute, {{"default", rep(tFloat, std::bit_cast<std::uint32_t>(2.5f), isInlined)}});
 
-    // References with custom data, then a payload: a single payload before 0.8, a list op after.
+    // References with custom data, then payloads: a single one before 0.8, a list op of two after.
     const auto references = b.put(prepended);
     b.put(std::uint64_t{1});
     b.put(b.string("./side dish.usda"));
@@ -87,8 +87,9 @@ Bytes dishScene(unsigned minor) {
     b.put(rep(tInt, 7, isInlined));
     const std::uint64_t payload = minor >= 8 ? [&] {
         const auto at = b.put(explicitItems);
-        b.put(std::uint64_t{1});
+        b.put(std::uint64_t{2});
         b.put(b.string("heavy.usdc")); b.put(b.path("/Dish/Plate")); b.put(0.0); b.put(1.0);
+        b.put(b.string("light.usdc")); b.put(b.path("/Dish/Plate")); b.put(0.0); b.put(1.0);
         return rep(tPayloadListOp, at);
     }() : [&] {
         const auto at = b.put(b.string("heavy.usdc"));
@@ -151,10 +152,14 @@ TEST_P(CrateVersions, DishSceneReadsAsTheTextReaderWouldDescribeIt) {
 
     for (const auto& [name, asset, prim] : {std::tuple{"references", "./side dish.usda", "/Side"}, {"payload", "heavy.usdc", "/Dish/Plate"}}) {
         const auto& arcs = field<ReferenceArray>(layer, "/Dish/Plate", name);
-        ASSERT_EQ(arcs.size(), 1u) << name;
+        ASSERT_FALSE(arcs.empty()) << name;
         EXPECT_EQ(arcs[0].assetPath, asset);
         EXPECT_EQ(arcs[0].primPath, prim);
     }
+    // From 0.8 payloads are a list op, each item with its layer offset.
+    const auto& payloads = field<ReferenceArray>(layer, "/Dish/Plate", "payload");
+    EXPECT_EQ(payloads.size(), GetParam() >= 8 ? 2u : 1u);
+    EXPECT_EQ(payloads.back().assetPath, GetParam() >= 8 ? "light.usdc" : "heavy.usdc");
     EXPECT_TRUE(layer.spec("/Dish/Plate")->field("mystery")->empty());
 
     const auto& points = field<FloatArray>(layer, "/Dish/Plate.points", "default");
