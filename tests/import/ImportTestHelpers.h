@@ -118,6 +118,24 @@ inline QByteArray pngOf(QColor color, QSize size = {2, 2}) {
     return png;
 }
 
+// What a corpus model holds, counted by hand.
+struct CorpusCounts {
+    const char* file;
+    const char* format;
+    std::size_t meshes, materials, textures, vertices, triangles;
+};
+
+// The scene holds what `expected` counts, and every texture decodes.
+inline void expectCounts(const ImportedScene& scene, const CorpusCounts& expected) {
+    EXPECT_EQ(scene.format, expected.format);
+    EXPECT_EQ(scene.meshes.size(), expected.meshes);
+    EXPECT_EQ(scene.materials.size(), expected.materials);
+    EXPECT_EQ(scene.textures.size(), expected.textures);
+    EXPECT_EQ(scene.vertexCount(), expected.vertices);
+    EXPECT_EQ(scene.triangleCount(), expected.triangles);
+    for (const ImportedTexture& texture : scene.textures) EXPECT_FALSE(texture.decode().isNull()) << texture.uri;
+}
+
 inline const ImportedMesh* meshNamed(const ImportedScene& scene, const std::string& name) {
     for (const ImportedMesh& mesh : scene.meshes)
         if (mesh.name == name) return &mesh;
