@@ -13,11 +13,6 @@ namespace {
 using orvanta::import::usd::CrateReader;
 using orvanta::import::usd::UsdzArchive;
 
-bool endsWith(const std::string& text, const char* suffix) {
-    const std::size_t n = std::strlen(suffix);
-    return text.size() >= n && text.compare(text.size() - n, n, suffix) == 0;
-}
-
 void readPackage(std::span<const std::uint8_t> bytes, int depth) {
     auto archive = UsdzArchive::open(bytes, nullptr);
     if (!archive) return;
@@ -26,7 +21,7 @@ void readPackage(std::span<const std::uint8_t> bytes, int depth) {
         if (const auto resolved = UsdzArchive::resolve(layer, "./" + entry.path)) (void)archive->find(*resolved);
         if (entry.data.size() >= 8 && std::memcmp(entry.data.data(), "PXR-USDC", 8) == 0) {
             (void)CrateReader::read(entry.data, entry.path);
-        } else if (depth == 0 && endsWith(entry.path, ".usdz")) {
+        } else if (depth == 0 && entry.path.ends_with(".usdz")) {
             readPackage(entry.data, depth + 1);
         }
     }

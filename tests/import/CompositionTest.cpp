@@ -1,32 +1,12 @@
 // USD composition arcs beyond references and variants, in small hand-made layers: sublayers,
 // inherits and specializes against local and referenced opinions, native instancing and
 // point instancers.
-#include "export/ZipWriter.h"
+#include "ImportTestHelpers.h"
 #include "import/ImportError.h"
-#include "import/usd/UsdImporter.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "support/ExpectImportError.h"
 
 namespace orvanta::import::usd {
 namespace {
-
-ImportedScene importPackage(const std::vector<std::pair<std::string, std::string>>& files) {
-    exporter::ZipWriter zip;
-    for (const auto& [name, text] : files) zip.add(name, text);
-    auto bytes = std::make_shared<std::vector<std::uint8_t>>(zip.build());
-    auto result = UsdImporter::importBytes(*bytes, bytes, "test.usdz");
-    EXPECT_TRUE(result.ok()) << (result.ok() ? "" : result.error().localizedDescription());
-    return result.ok() ? std::move(result).value() : ImportedScene{};
-}
-
-const ImportedNode* nodeNamed(const ImportedScene& scene, const std::string& name) {
-    for (const ImportedNode& node : scene.nodes)
-        if (node.name == name) return &node;
-    return nullptr;
-}
 
 // The x of a node's translation, or NaN when there is no such node.
 float xOf(const ImportedScene& scene, const std::string& name) {
@@ -34,26 +14,18 @@ float xOf(const ImportedScene& scene, const std::string& name) {
     return node ? node->localTransform.column(3).x() : std::nanf("");
 }
 
-std::string at(const char* name, int x) {
-    return std::string("    def Xform \"") + name + "\" { double3 xformOp:translate = (" + std::to_string(x) +
+std::string at(const char* name, int x, const char* specifier = "def") {
+    return std::string("    ") + specifier + " Xform \"" + name + "\" { double3 xformOp:translate = (" + std::to_string(x) +
            ", 0, 0)\n uniform token[] xformOpOrder = [\"xformOp:translate\"] }\n";
 }
 
-const char* triangle = R"(
-    point3f[] points = [(0, 0, 0), (1, 0, 0), (0, 1, 0)]
-    int[] faceVertexCounts = [3]
-    int[] faceVertexIndices = [0, 1, 2]
-)";
-
 TEST(CompositionTest, SubLayersAreWeakerInOrderAndAddTheirPrims) {
-    const ImportedScene scene = importPackage({
-        {"root.usda", R"(#usda 1.0
-( subLayers = [@strong.usda@ (offset = 10), @weak.usda@] )
-over "World" { over "Local" { double3 xformOp:translate = (1, 0, 0) } }
-)"},
+    const ImportedScene scene = importOk(importPackage({
+        {"root.usda", "#usda 1.0\n( subLayers = [@strong.usda@ (offset = 10), @weak.usda@] )\n"
+                      "over \"World\" { over \"Local\" { double3 xformOp:translate = (1, 0, 0) } }\n"},
         {"strong.usda", "#usda 1.0\ndef Xform \"World\" {\n" + at("Local", 2) + at("Shared", 2) + at("Strong", 2) + "}\n"},
         {"weak.usda", "#usda 1.0\ndef Xform \"World\" {\n" + at("Local", 3) + at("Shared", 3) + at("Weak", 3) + "}\n"},
-    });
+    }));
     EXPECT_EQ(xOf(scene, "Local"), 1.0f);   // the root layer wins
     EXPECT_EQ(xOf(scene, "Shared"), 2.0f);  // the first sublayer beats the second
     EXPECT_EQ(xOf(scene, "Strong"), 2.0f);
@@ -61,30 +33,22 @@ over "World" { over "Local" { double3 xformOp:translate = (1, 0, 0) } }
 }
 
 TEST(CompositionTest, InheritsAndSpecializesLoseToLocalOpinionsInStrengthOrder) {
-    // Each prim's x comes from its strongest arc; each prim sets y locally, which always wins.
-    const ImportedScene scene = importPackage({{"root.usda", R"(#usda 1.0
-class Xform "_Class" { double3 xformOp:translate = (10, 10, 0)
-                       uniform token[] xformOpOrder = ["xformOp:translate"] }
-class Xform "_Special" { double3 xformOp:translate = (20, 20, 0)
-                         uniform token[] xformOpOrder = ["xformOp:translate"] }
-def Xform "Referenced" { double3 xformOp:translate = (30, 30, 0)
-                         uniform token[] xformOpOrder = ["xformOp:translate"] }
+    // Each prim's x comes from its strongest arc; a local opinion always wins.
+    const ImportedScene scene = importOk(importUsda("#usda 1.0\n" + at("_Class", 10, "class") + at("_Special", 20, "class") + at("Referenced", 30) + R"(
 def Xform "Inherits" ( inherits = </_Class> ) { double3 xformOp:translate = (1, 0, 0) }
 def Xform "InheritsOnly" ( inherits = </_Class> ) {}
 def Xform "SpecializesOnly" ( specializes = </_Special> ) {}
 def Xform "Specializes" ( specializes = </_Special> ) { double3 xformOp:translate = (2, 0, 0) }
 def Xform "InheritBeatsReference" ( inherits = </_Class>  references = </Referenced> ) {}
 def Xform "ReferenceBeatsSpecialize" ( specializes = </_Special>  references = </Referenced> ) {}
-class Xform "_Plate" { def Xform "Rim" { double3 xformOp:translate = (20, 0, 0)
-                                         uniform token[] xformOpOrder = ["xformOp:translate"] } }
+class Xform "_Plate" {)" + at("Rim", 20) + R"(}
 def Xform "Plate" ( specializes = </_Plate> ) { over "Rim" { double3 xformOp:translate = (3, 0, 0) } }
-)"}});
+)"));
     const std::pair<const char*, float> cases[] = {
         {"Inherits", 1}, {"InheritsOnly", 10}, {"SpecializesOnly", 20}, {"Specializes", 2},
         {"InheritBeatsReference", 10}, {"ReferenceBeatsSpecialize", 30}, {"Rim", 3},
     };
     for (const auto& [name, x] : cases) EXPECT_EQ(xOf(scene, name), x) << name;
-    EXPECT_EQ(nodeNamed(scene, "_Class"), nullptr);  // classes are not drawn
 }
 
 TEST(CompositionTest, InstanceablePrimsSideBySideBecomeOneInstanceTable) {
@@ -93,9 +57,9 @@ TEST(CompositionTest, InstanceablePrimsSideBySideBecomeOneInstanceTable) {
                " double3 xformOp:translate = (" + std::to_string(x) + ", 0, 0)\n" +
                " uniform token[] xformOpOrder = [\"xformOp:translate\"] }\n";
     };
-    const ImportedScene scene = importPackage({{"root.usda", std::string("#usda 1.0\n") +
-        "def Xform \"Plate\" { def Mesh \"Body\" {" + triangle + "} }\n" + plate("Left", -1) + plate("Right", 1) +
-        "def Xform \"Shelf\" {\n" + plate("Alone", 5) + "}\n"}});
+    const ImportedScene scene = importOk(importUsda(std::string("#usda 1.0\n") + "def Xform \"Plate\" { def Mesh \"Body\" {" +
+                                                    triangleMesh + "} }\n" + plate("Left", -1) + plate("Right", 1) +
+                                                    "def Xform \"Shelf\" {\n" + plate("Alone", 5) + "}\n"));
     // The plate itself, and one mesh for every instance of it.
     ASSERT_EQ(scene.meshes.size(), 2u);
     const ImportedNode& root = scene.nodes[0];
@@ -129,9 +93,8 @@ def PointInstancer "Garnish" {
     color3f[] primvars:displayColor = [(1, 0, 0), (0, 1, 0), (0, 0, 1), (1, 1, 0)] ( interpolation = "vertex" )
     def Scope "Protos" {
 )";
-    for (const char* name : {"Herb", "Seed", "Flake"}) layer += std::string("def Mesh \"") + name + "\" {" + triangle + "}\n";
-    layer += "} }\n";
-    const ImportedScene scene = importPackage({{"root.usda", layer}});
+    for (const char* name : {"Herb", "Seed", "Flake"}) layer += std::string("def Mesh \"") + name + "\" {" + triangleMesh + "}\n";
+    const ImportedScene scene = importOk(importUsda(layer + "} }\n"));
     ASSERT_EQ(scene.meshes.size(), 3u);
     const ImportedNode* garnish = nodeNamed(scene, "Garnish");
     ASSERT_NE(garnish, nullptr);
@@ -147,41 +110,38 @@ def PointInstancer "Garnish" {
         {"Flake", {3}, {{0, 0, 1, 1}}},
     };
     for (std::size_t t = 0; t < 3; ++t) {
+        SCOPED_TRACE(expected[t].prototype);
         const ImportedInstances& instances = garnish->instances[t];
         const ImportedNode& prototype = scene.nodes.at(std::size_t(instances.prototype));
         EXPECT_EQ(prototype.name, expected[t].prototype);
         EXPECT_EQ(prototype.parent, -1);
         std::vector<float> xs;
         for (const QMatrix4x4& m : instances.table.transforms) xs.push_back(m.column(3).x());
-        EXPECT_EQ(xs, expected[t].xs) << expected[t].prototype;
-        EXPECT_EQ(instances.table.colors, expected[t].colors) << expected[t].prototype;
+        EXPECT_EQ(xs, expected[t].xs);
+        EXPECT_EQ(instances.table.colors, expected[t].colors);
     }
     // The seed is turned a quarter about Y, the flake scaled by 2.
-    const QMatrix4x4& turned = garnish->instances[1].table.transforms[0];
-    EXPECT_LT((turned.map(QVector3D(1, 0, 0)) - QVector3D(2, 0, -1)).length(), 1e-3f);
+    expectNear(garnish->instances[1].table.transforms[0].map(QVector3D(1, 0, 0)), {2, 0, -1}, 1e-3f);
     EXPECT_EQ(garnish->instances[2].table.transforms[0].map(QVector3D(1, 0, 0)), QVector3D(5, 0, 0));
     EXPECT_EQ(scene.drawCost().triangles, 4u);
 }
 
 TEST(CompositionTest, NestedInstancesMultiplyOutWhenCountedDrawnOrExpanded) {
     // Two coloured clusters, each a bowl and an instancer of three seeds.
-    ImportedScene scene = importPackage({{"root.usda", std::string(R"(#usda 1.0
+    ImportedScene scene = importOk(importUsda(R"(#usda 1.0
 def PointInstancer "Clusters" {
-    rel prototypes = [</Clusters/Cluster>]
-    int[] protoIndices = [0, 0]
-    point3f[] positions = [(0, 0, 0), (10, 0, 0)]
+    rel prototypes = [</Clusters/Cluster>] int[] protoIndices = [0, 0] point3f[] positions = [(0, 0, 0), (10, 0, 0)]
     color3f[] primvars:displayColor = [(1, 0, 0), (0, 0, 1)]
     def Xform "Cluster" {
-        def Mesh "Bowl" {)") + triangle + R"(}
+        def Mesh "Bowl" {)" + triangleMesh + R"(}
         def PointInstancer "Seeds" {
             rel prototypes = [</Clusters/Cluster/Seeds/Seed>]
-            int[] protoIndices = [0, 0, 0]
-            point3f[] positions = [(0, 1, 0), (0, 2, 0), (0, 3, 0)]
-            def Mesh "Seed" {)" + triangle + R"(}
+            int[] protoIndices = [0, 0, 0] point3f[] positions = [(0, 1, 0), (0, 2, 0), (0, 3, 0)]
+            def Mesh "Seed" {)" + triangleMesh + R"(}
         }
     }
 }
-)"}});
+)"));
     const DrawCost cost = scene.drawCost();
     EXPECT_EQ(cost.triangles, 8u);
     EXPECT_EQ(cost.instances, 8u);
@@ -208,41 +168,28 @@ def PointInstancer "Clusters" {
 }
 
 TEST(CompositionTest, InstancingThatLeadsBackToItselfOrNestsTooDeepIsRefused) {
-    const auto instancer = [](const std::string& name, const std::string& prototype, const std::string& body = "") {
-        return "def PointInstancer \"" + name + "\" {\n rel prototypes = [<" + prototype +
-               ">]\n int[] protoIndices = [0, 0]\n" + body + "}\n";
+    const auto instancer = [](const std::string& name, const std::string& prototype) {
+        return "def PointInstancer \"" + name + "\" {\n rel prototypes = [<" + prototype + ">]\n int[] protoIndices = [0, 0]\n}\n";
     };
     std::string chain = "#usda 1.0\n";  // Level0 instances Level1, ..., Level39 instances a mesh
     for (int i = 0; i < 40; ++i) chain += instancer("Level" + std::to_string(i), "/Level" + std::to_string(i + 1));
-    chain += std::string("def Mesh \"Level40\" {") + triangle + "}\n";
+    chain += "def Mesh \"Level40\" {" + triangleMesh + "}\n";
     const struct {
-        const char* what;
         std::string layer;
         ImportErrorCode code;
         const char* message;
     } cases[] = {
-        {"itself", "#usda 1.0\n" + instancer("Loop", "/Loop"), ImportErrorCode::malformedData,
+        {"#usda 1.0\n" + instancer("Loop", "/Loop"), ImportErrorCode::malformedData,
          "instancing cycle: the point instancer /Loop has /Loop as a prototype"},
-        {"the prim it lies in", "#usda 1.0\ndef Xform \"Plate\" {\n" + instancer("Seeds", "/Plate") + "}\n",
-         ImportErrorCode::malformedData, "the point instancer /Plate/Seeds has /Plate as a prototype"},
-        {"another instancer", "#usda 1.0\n" + instancer("A", "/B") + instancer("B", "/A"), ImportErrorCode::malformedData,
-         "instancing cycle"},
-        {"a chain forty deep", chain, ImportErrorCode::limitExceeded, "point instancers nested more than 32 deep"},
+        {"#usda 1.0\ndef Xform \"Plate\" {\n" + instancer("Seeds", "/Plate") + "}\n", ImportErrorCode::malformedData,
+         "the point instancer /Plate/Seeds has /Plate as a prototype"},
+        {"#usda 1.0\n" + instancer("A", "/B") + instancer("B", "/A"), ImportErrorCode::malformedData, "instancing cycle"},
+        {chain, ImportErrorCode::limitExceeded, "point instancers nested more than 32 deep"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        exporter::ZipWriter zip;
-        zip.add("root.usda", c.layer);
-        auto bytes = std::make_shared<std::vector<std::uint8_t>>(zip.build());
-        const auto result = UsdImporter::importBytes(*bytes, bytes, "test.usdz");
-        ASSERT_FALSE(result.ok());
-        EXPECT_EQ(result.error().code(), static_cast<int>(c.code));
-        EXPECT_NE(result.error().localizedDescription().find(c.message), std::string::npos)
-            << result.error().localizedDescription();
-    }
+    for (const auto& c : cases) testing::expectImportError(importPackage({{"root.usda", c.layer}}), c.code, c.message);
     // Two instancers sharing one prototype, side by side, are no cycle.
-    const ImportedScene shared = importPackage({{"root.usda", "#usda 1.0\n" + instancer("A", "/Seed") + instancer("B", "/Seed") +
-                                                                  "def Mesh \"Seed\" {" + triangle + "}\n"}});
+    const ImportedScene shared =
+        importOk(importUsda("#usda 1.0\n" + instancer("A", "/Seed") + instancer("B", "/Seed") + "def Mesh \"Seed\" {" + triangleMesh + "}\n"));
     EXPECT_EQ(shared.meshes.size(), 1u);
     EXPECT_EQ(shared.drawCost().triangles, 4u);  // both draw it, though it is built once
 }
