@@ -134,7 +134,8 @@ int main(int argc, char** argv) {
     }
     if (!walks) return app.exec();
 
-    const orvanta::demo::Walkthrough::Route route{host.failingDishIndex().value_or(0), host.failingDishIndex().has_value()};
+    const orvanta::demo::Walkthrough::Route route{host.failingDishIndex().value_or(0), host.failingDishIndex().has_value(),
+                                                  options.camera.has_value()};
     int result = 1;
     QTimer::singleShot(0, &app, [&] {
         orvanta::demo::Walkthrough walk(host.window(), folder, route);
