@@ -6,6 +6,7 @@ namespace orvanta::arsession::camera {
 
 VideoFileSource::VideoFileSource(const QString& path) : path_(path) {
     player_.setVideoSink(relay_.videoSink());
+    player_.setLoops(QMediaPlayer::Infinite);
     QObject::connect(&player_, &QMediaPlayer::errorOccurred, &player_,
                      [this](QMediaPlayer::Error, const QString& message) {
                          if (relay_.sink())

@@ -1,5 +1,6 @@
 #pragma once
-// A video file as a camera, played by Qt Multimedia at its own pace, once.
+// A video file as a camera, played by Qt Multimedia at its own pace, in a loop (as ARSource
+// promises: a session outlasts a short clip, and its frames stop when the pictures do).
 // Thread: the session's clock queue, which must run an event loop (see FrameSource).
 
 #include "arsession/camera/FrameSource.h"
