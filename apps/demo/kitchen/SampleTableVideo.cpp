@@ -7,12 +7,16 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QThread>
 
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 #include <opencv2/videoio.hpp>
 
+#include <algorithm>
 #include <cmath>
+#include <thread>
+#include <vector>
 
 namespace orvanta::demo {
 
@@ -58,12 +62,24 @@ core::Result<QString> SampleTableVideo::ensure(const QString& folder) {
     cv::VideoWriter writer(partial.toStdString(), cv::CAP_OPENCV_MJPEG, cv::VideoWriter::fourcc('M', 'J', 'P', 'G'),
                            framesPerSecond, cv::Size(frameSize.width(), frameSize.height()));
     if (!writer.isOpened()) return videoError("the video " + partial.toStdString() + " cannot be written");
-    for (int i = 0; i < frameCount; ++i) {
-        QImage frame = scene.withNoise(scene.picture(cameraPose(i)), unsigned(i));
-        const cv::Mat bgra(frame.height(), frame.width(), CV_8UC4, frame.bits(), std::size_t(frame.bytesPerLine()));
-        cv::Mat bgr;
-        cv::cvtColor(bgra, bgr, cv::COLOR_BGRA2BGR);
-        writer.write(bgr);
+    // Frames are drawn a batch at a time on every core, and written in order.
+    const int batch = std::max(1, QThread::idealThreadCount());
+    std::vector<QImage> frames(static_cast<std::size_t>(batch));
+    for (int first = 0; first < frameCount; first += batch) {
+        const int count = std::min(batch, frameCount - first);
+        std::vector<std::thread> painters;
+        for (int k = 0; k < count; ++k)
+            painters.emplace_back([&, k] {
+                frames[std::size_t(k)] = scene.withNoise(scene.picture(cameraPose(first + k)), unsigned(first + k));
+            });
+        for (std::thread& painter : painters) painter.join();
+        for (int k = 0; k < count; ++k) {
+            QImage& frame = frames[std::size_t(k)];
+            const cv::Mat bgra(frame.height(), frame.width(), CV_8UC4, frame.bits(), std::size_t(frame.bytesPerLine()));
+            cv::Mat bgr;
+            cv::cvtColor(bgra, bgr, cv::COLOR_BGRA2BGR);
+            writer.write(bgr);
+        }
     }
     writer.release();
     QFile::remove(file);

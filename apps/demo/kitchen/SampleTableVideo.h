@@ -1,7 +1,8 @@
 #pragma once
 // The sample camera video: the kit's default table card lying on a wooden table, filmed by a
 // hand-held camera that circles it slowly (a little over a quarter turn and back, drifting
-// closer and further) and looks down on it steeply twice. The frames are drawn by the camera
+// closer and further) and looks down on it steeply twice, ending where it began so that it
+// loops without a jump. The frames are drawn by the camera
 // layer's CardTableScene through the lens the kit assumes without a calibration file, so the
 // dish stands on the card without one; they are written as Motion JPEG in AVI, which Qt
 // Multimedia plays on every platform it runs on. Like the dishes, the file is made on first
@@ -21,7 +22,7 @@ public:
     // Raise whenever the camera path, the look or the encoding changes what the file holds.
     static constexpr int generatorVersion = 1;
     static constexpr int framesPerSecond = 15;
-    static constexpr int frameCount = 12 * framesPerSecond;
+    static constexpr int frameCount = 10 * framesPerSecond; // one lap of the path; it loops seamlessly
     static constexpr QSize frameSize{640, 480};
 
     // Where the video lives under `folder`.
