@@ -75,9 +75,10 @@ core::Result<bool> DemoHost::useCamera(const Options& options) {
     const QString& camera = *options.camera;
     ARSource source = ARSource::camera(camera.toUtf8());
     if (camera == sampleVideo) {
-        if (!QFile::exists(SampleTableVideo::path(cacheRoot())))
+        if (!QFile::exists(SampleTableVideo::path(cacheRoot()))) {
             std::printf("Drawing the sample video of a table card (once): %s\n", qPrintable(SampleTableVideo::path(cacheRoot())));
-        std::fflush(stdout);
+            std::fflush(stdout);
+        }
         auto video = SampleTableVideo::ensure(cacheRoot());
         if (!video) return video.error();
         source = ARSource::videoFile(video.value());

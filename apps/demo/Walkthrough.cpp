@@ -67,7 +67,8 @@ bool Walkthrough::dishStands() const {
     const auto* view = qobject_cast<render::ARViewItem*>(item("arView"));
     if (!view || !view->arView() || !dishState("isModelLoaded").toBool() || !view->texturesReady()) return false;
     const auto& anchors = view->arView()->scene().anchors();
-    return std::any_of(anchors.begin(), anchors.end(), [](const auto& anchor) { return anchor->isAnchored() && anchor->anchorIdentifier(); });
+    return std::any_of(anchors.begin(), anchors.end(),
+                       [](const auto& anchor) { return anchor->isAnchored() && anchor->anchorIdentifier(); });
 }
 
 QVariant Walkthrough::dishState(const char* property) const {

@@ -84,7 +84,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     const QStringList positional = parser.positionalArguments();
-    if (positional.size() > (parser.isSet(camera) ? 1 : 0) || (!parser.isSet(camera) && (parser.isSet(card) || parser.isSet(calibration)))) {
+    const bool cameraOnly = parser.isSet(card) || parser.isSet(calibration);
+    if (positional.size() > (parser.isSet(camera) ? 1 : 0) || (cameraOnly && !parser.isSet(camera))) {
         std::fprintf(stderr, "orvanta-demo: a SOURCE, --card and --calibration go with --camera (see --help)\n");
         return 2;
     }
