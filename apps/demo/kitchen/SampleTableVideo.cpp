@@ -59,7 +59,7 @@ core::Result<QString> SampleTableVideo::ensure(const QString& folder) {
     // Written under a temporary name (still ending in .avi, which the writer needs) and
     // renamed when complete, so that a run cut short leaves no truncated video behind.
     const QString partial = QDir(folder).filePath("unfinished-" + QFileInfo(file).fileName());
-    cv::VideoWriter writer(partial.toStdString(), cv::CAP_OPENCV_MJPEG, cv::VideoWriter::fourcc('M', 'J', 'P', 'G'),
+    cv::VideoWriter writer(partial.toStdString(), cv::VideoWriter::fourcc('M', 'J', 'P', 'G'),
                            framesPerSecond, cv::Size(frameSize.width(), frameSize.height()));
     if (!writer.isOpened()) return videoError("the video " + partial.toStdString() + " cannot be written");
     // Frames are drawn a batch at a time on every core, and written in order.

@@ -4,8 +4,9 @@
 // closer and further) and looks down on it steeply twice, ending where it began so that it
 // loops without a jump. The frames are drawn by the camera
 // layer's CardTableScene through the lens the kit assumes without a calibration file, so the
-// dish stands on the card without one; they are written as Motion JPEG in AVI, which Qt
-// Multimedia plays on every platform it runs on. Like the dishes, the file is made on first
+// dish stands on the card without one; they are written as Motion JPEG in AVI by OpenCV's
+// preferred writer (FFmpeg's on Debian), which Qt Multimedia's GStreamer player reads. Like
+// the dishes, the file is made on first
 // use and its name carries the generator's version.
 // Thread: any; one writer per folder at a time.
 
@@ -20,7 +21,7 @@ namespace orvanta::demo {
 class SampleTableVideo {
 public:
     // Raise whenever the camera path, the look or the encoding changes what the file holds.
-    static constexpr int generatorVersion = 1;
+    static constexpr int generatorVersion = 2;
     static constexpr int framesPerSecond = 15;
     static constexpr int frameCount = 10 * framesPerSecond; // one lap of the path; it loops seamlessly
     static constexpr QSize frameSize{640, 480};
