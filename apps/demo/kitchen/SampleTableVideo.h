@@ -2,12 +2,11 @@
 // The sample camera video: the kit's default table card lying on a wooden table, filmed by a
 // hand-held camera that circles it slowly (a little over a quarter turn and back, drifting
 // closer and further) and looks down on it steeply twice, ending where it began so that it
-// loops without a jump. The frames are drawn by the camera
-// layer's CardTableScene through the lens the kit assumes without a calibration file, so the
-// dish stands on the card without one; they are written as Motion JPEG in AVI by OpenCV's
-// preferred writer (FFmpeg's on Debian), which Qt Multimedia's GStreamer player reads. Like
-// the dishes, the file is made on first
-// use and its name carries the generator's version.
+// loops without a jump. The frames are drawn by the camera layer's CardTableScene through the
+// lens the kit assumes without a calibration file, so the dish stands on the card without
+// one; they are written as Motion JPEG in AVI by OpenCV's preferred writer (FFmpeg's on
+// Debian), which Qt Multimedia's GStreamer player reads. Like the dishes, the file is made on
+// first use and its name carries the generator's version.
 // Thread: any; one writer per folder at a time.
 
 #include "core/Result.h"
