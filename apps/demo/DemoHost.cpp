@@ -2,15 +2,20 @@
 
 #include "MenuFile.h"
 #include "SampleRestaurant.h"
+#include "SampleTableVideo.h"
 #include "core/Log.h"
 #include "core/TemporaryDirectory.h"
 #include <OrvantaARFoodSDK/HostingController.h>
 
+#include <OrvantaARFoodSDK/ARSource.h>
 #include <OrvantaARFoodSDK/RestaurantSDK.h>
 
+#include <QCameraDevice>
 #include <QDir>
 #include <QDateTime>
 #include <QFile>
+#include <QFileInfo>
+#include <QMediaDevices>
 #include <QQmlComponent>
 #include <QStandardPaths>
 
@@ -48,9 +53,49 @@ core::Result<bool> DemoHost::clearKitCache() {
     return true;
 }
 
+QString DemoHost::cacheRoot() { return QStandardPaths::writableLocation(QStandardPaths::CacheLocation); }
+
+core::Result<bool> DemoHost::checkCamera(const QString& camera) {
+    if (camera == sampleVideo || QFileInfo(camera).isFile() || QFileInfo(camera).isDir()) return true;
+    const QList<QCameraDevice> cameras = QMediaDevices::videoInputs();
+    if (cameras.isEmpty())
+        return demoError(camera.isEmpty() || camera.startsWith("/dev/")
+                             ? "this machine has no camera (--camera sample plays the sample video of a table card)"
+                             : "\"" + camera + "\" is no video file, picture folder or camera, and this machine has no camera");
+    if (camera.isEmpty()) return true;
+    QStringList ids;
+    for (const QCameraDevice& device : cameras) {
+        if (device.id() == camera.toUtf8()) return true;
+        ids << QString::fromUtf8(device.id());
+    }
+    return demoError("\"" + camera + "\" is no video file, picture folder or camera; this machine's cameras: " + ids.join(", "));
+}
+
+core::Result<bool> DemoHost::useCamera(const Options& options) {
+    const QString& camera = *options.camera;
+    ARSource source = ARSource::camera(camera.toUtf8());
+    if (camera == sampleVideo) {
+        if (!QFile::exists(SampleTableVideo::path(cacheRoot()))) {
+            std::printf("Drawing the sample video of a table card (once): %s\n", qPrintable(SampleTableVideo::path(cacheRoot())));
+            std::fflush(stdout);
+        }
+        auto video = SampleTableVideo::ensure(cacheRoot());
+        if (!video) return video.error();
+        source = ARSource::videoFile(video.value());
+    } else if (QFileInfo(camera).isDir()) {
+        source = ARSource::pictureFolder(camera);
+    } else if (QFileInfo(camera).isFile()) {
+        source = ARSource::videoFile(camera);
+    }
+    if (!options.tableCard.isEmpty()) source = source.withTableCard(options.tableCard);
+    source = source.withCalibration(options.calibrationFile);
+    QString whyNot;
+    if (!RestaurantSDK::setARSource(source, &whyNot)) return demoError(whyNot);
+    return true;
+}
+
 core::Result<Restaurant> DemoHost::sampleRestaurant() {
-    const QString cacheRoot = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
-    auto folder = SampleRestaurant::prepare(cacheRoot);
+    auto folder = SampleRestaurant::prepare(cacheRoot());
     if (!folder) return folder.error();
     server_ = std::make_unique<LoopbackMenuServer>(folder.value());
     auto base = server_->start();
@@ -114,6 +159,9 @@ core::Result<bool> DemoHost::serveForWatching(const Restaurant& restaurant, cons
 core::Result<bool> DemoHost::start(const Options& options) {
     if (options.clearCache) {
         if (auto cleared = clearKitCache(); !cleared) return cleared.error();
+    }
+    if (options.camera) {
+        if (auto used = useCamera(options); !used) return used.error();
     }
     auto restaurant = options.menuFile.isEmpty() ? sampleRestaurant() : menuRestaurant(options.menuFile);
     if (!restaurant) return restaurant.error();

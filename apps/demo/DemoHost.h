@@ -4,6 +4,8 @@
 // way: over a loopback server, so that the kit downloads and caches them), opens a window
 // with the restaurant's name and a button "Open full screen", embeds the kit's view below
 // them, and presents the kit full screen from its root controller when the button is pressed.
+// Its AR source is the kit's simulated room, or a camera, a video file, a folder of pictures
+// or the sample video of a table card (made on first use, SampleTableVideo).
 // Thread: main thread of a QGuiApplication.
 
 #include "LoopbackMenuServer.h"
@@ -36,10 +38,22 @@ public:
         QString failingDish;  // the dish whose model fails to download (case ignored); empty for none
         QString menuFile;     // a JSON menu instead of the sample restaurant
         bool clearCache = false;
+        // The AR source: none for the simulated room; otherwise a camera id (empty for the
+        // default camera), a video file, a folder of numbered pictures or `sampleVideo`.
+        std::optional<QString> camera;
+        QString tableCard;       // the card the camera looks for; empty for the kit's default
+        QString calibrationFile; // the camera's lens; empty for the lens the kit assumes
         QSize windowSize{480, 800}; // fits the 1280x800 screen of the documented Xvfb
         // When the program started (ms since the epoch), for the time to the first menu frame.
         qint64 startedAtMs = 0;
     };
+
+    // The `camera` option's value that plays the sample video.
+    static constexpr const char* sampleVideo = "sample";
+
+    // Whether `camera` (see Options) can be filmed from: a file, a folder, the sample video or
+    // a camera this machine has. Cheap: it opens nothing.
+    static core::Result<bool> checkCamera(const QString& camera);
 
     DemoHost();
     ~DemoHost() override;
@@ -55,6 +69,7 @@ public slots:
     void openFullScreen();
 
 private:
+    static QString cacheRoot();
     core::Result<Restaurant> sampleRestaurant();
     // The menu file's restaurant, its local models served by the loopback server.
     core::Result<Restaurant> menuRestaurant(const QString& menuFile);
@@ -62,6 +77,8 @@ private:
     // models from the kit's cache so that they are downloaded.
     core::Result<bool> serveForWatching(const Restaurant& restaurant, const Options& options);
     static core::Result<bool> clearKitCache();
+    // Makes the options' camera the kit's AR source (writing the sample video if needed).
+    static core::Result<bool> useCamera(const Options& options);
     void showWindow(const Restaurant& restaurant, QSize size, qint64 startedAtMs);
 
     QQuickWindow window_;

@@ -1,6 +1,7 @@
 #include "Walkthrough.h"
 
 #include "WindowItems.h"
+#include "render/ARViewItem.h"
 
 #include <QDir>
 #include <QClipboard>
@@ -11,6 +12,7 @@
 #include <QStandardPaths>
 #include <QTest>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace orvanta::demo {
@@ -59,6 +61,14 @@ QQuickItem* Walkthrough::item(const char* name) const {
 int Walkthrough::stackDepth() const {
     QQuickItem* stack = item("navigationStack");
     return stack && !stack->property("busy").toBool() ? stack->property("depth").toInt() : -1;
+}
+
+bool Walkthrough::dishStands() const {
+    const auto* view = qobject_cast<render::ARViewItem*>(item("arView"));
+    if (!view || !view->arView() || !dishState("isModelLoaded").toBool() || !view->texturesReady()) return false;
+    const auto& anchors = view->arView()->scene().anchors();
+    return std::any_of(anchors.begin(), anchors.end(),
+                       [](const auto& anchor) { return anchor->isAnchored() && anchor->anchorIdentifier(); });
 }
 
 QVariant Walkthrough::dishState(const char* property) const {
@@ -168,10 +178,8 @@ bool Walkthrough::placeCaptureShareAndClose() {
     qsizetype photosBefore = 0;
 
     return
-        step(
-            "dish-on-the-table", [] {},
-            [&] { return dishState("isModelLoaded").toBool() && item("arView")->property("texturesReady").toBool(); },
-            firstLoadCheck) &&
+        step(route_.camera ? "dish-on-the-card" : "dish-on-the-table", [] {}, [this] { return dishStands(); },
+             firstLoadCheck) &&
         step("captured",
              [this] {
                  tapScreen();

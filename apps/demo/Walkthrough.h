@@ -1,6 +1,7 @@
 #pragma once
 // The road of one dish, driven through real input events on the host's window: the menu, a
-// tap on a dish, AR mode until the dish stands on the simulated table, a capture, its
+// tap on a dish, AR mode until the dish stands on the simulated table (or, with a camera as
+// the AR source, on the table card in the camera's picture), a capture, its
 // thumbnail, the preview, Save to Photos, the share sheet and its copy to the clipboard, back
 // to 3D mode, closing the dish, and the host's other way in: the kit presented full screen
 // and closed by its back arrow. When the dish's model is made to fail, the road ends at the
@@ -28,10 +29,12 @@ public:
     // Seconds a step may take to reach its state.
     static constexpr int stepTimeoutMs = 20000;
 
-    // Which dish to open (its position on the menu) and whether its model is made to fail.
+    // Which dish to open (its position on the menu), whether its model is made to fail and
+    // whether the AR view films a table card instead of the simulated room.
     struct Route {
         int dish = 0;
         bool failing = false;
+        bool camera = false;
     };
 
     Walkthrough(QQuickWindow& window, QString outputFolder, Route route);
@@ -58,6 +61,8 @@ private:
     bool placeCaptureShareAndClose();
     // The closing line: the run's time and the scripted waits of the steps reached.
     void printSummary(bool finished) const;
+    // Whether the AR view shows the dish, textured, on a plane its session found (the table).
+    bool dishStands() const;
     // The item named `name` anywhere in the window (delegates included), or null.
     QQuickItem* item(const char* name) const;
     // The dish screen's state object, or null while no dish screen shows.

@@ -2,12 +2,15 @@
 // JSON file) over a loopback HTTP server and shows the kit two ways: embedded in its window,
 // and full screen through "Open full screen". With --headless (what `./run demo` uses
 // without a display) or --walkthrough, it walks one dish from the menu to a saved photo and
-// writes screenshots. --help and --version need no display; anything else needs a display
-// with OpenGL and exits 1 saying so when there is none.
+// writes screenshots. With --camera its AR source is a camera, a video file, a folder of
+// pictures or the sample video instead of the simulated room. --help and --version need no
+// display, nor does a camera that is not there; anything else needs a display with OpenGL and
+// exits 1 saying so when there is none.
 #include "DemoHost.h"
 #include "ToolCommandLine.h"
 #include "Walkthrough.h"
 #include "render/GlSupport.h"
+#include <OrvantaARFoodSDK/ARSource.h>
 
 #include <QDateTime>
 #include <QDir>
@@ -60,7 +63,18 @@ int main(int argc, char** argv) {
     const QCommandLineOption pictures("pictures", "The photo album's folder (default: your Pictures folder, except for "
                                                   "a walk, which saves into DIR/pictures of --out).", "DIR");
     const QCommandLineOption size("size", "Window size (default 480x800, which fits a 1280x800 screen).", "WxH", "480x800");
-    parser.addOptions({headless, walkthrough, slow, fail, menu, clearCache, out, pictures, size});
+    const QCommandLineOption camera(
+        "camera", "AR through a camera instead of the simulated room: the default camera, or the one SOURCE names "
+                  "(a camera id such as /dev/video0), a video file, a folder of numbered pictures, or `sample`: a "
+                  "video of the default table card, made on first use.");
+    const QCommandLineOption card("card",
+                                  QString("With --camera: the table card (default %1).").arg(orvanta::ARSource::defaultTableCard),
+                                  "TEXT");
+    const QCommandLineOption calibration(
+        "calibration", "With --camera: the camera's calibration, OpenCV YAML (default: a typical laptop camera's lens).",
+        "FILE.yml");
+    parser.addOptions({headless, walkthrough, slow, fail, menu, clearCache, out, pictures, size, camera, card, calibration});
+    parser.addPositionalArgument("SOURCE", "With --camera: what it films (see --camera).", "[SOURCE]");
     parser.process(app);
 
     const QStringList dimensions = parser.value(size).split('x');
@@ -68,6 +82,19 @@ int main(int argc, char** argv) {
     if (dimensions.size() != 2 || windowSize.isEmpty()) {
         std::fprintf(stderr, "orvanta-demo: --size takes WIDTHxHEIGHT, for example 480x800\n");
         return 2;
+    }
+    const QStringList positional = parser.positionalArguments();
+    const bool cameraOnly = parser.isSet(card) || parser.isSet(calibration);
+    if (positional.size() > (parser.isSet(camera) ? 1 : 0) || (cameraOnly && !parser.isSet(camera))) {
+        std::fprintf(stderr, "orvanta-demo: a SOURCE, --card and --calibration go with --camera (see --help)\n");
+        return 2;
+    }
+    const QString cameraSource = positional.value(0);
+    if (parser.isSet(camera)) {
+        if (auto there = orvanta::demo::DemoHost::checkCamera(cameraSource); !there) {
+            std::fprintf(stderr, "orvanta-demo: %s\n", there.error().localizedDescription().c_str());
+            return 1;
+        }
     }
     if (!orvanta::render::GlSupport::canCreateContext()) {
         std::fprintf(stderr, "orvanta-demo: no display or OpenGL context is available: %s\n",
@@ -97,6 +124,9 @@ int main(int argc, char** argv) {
     options.clearCache = parser.isSet(clearCache);
     options.windowSize = windowSize;
     options.startedAtMs = startedAtMs;
+    if (parser.isSet(camera)) options.camera = cameraSource;
+    options.tableCard = parser.value(card);
+    options.calibrationFile = parser.value(calibration);
 
     orvanta::demo::DemoHost host;
     if (auto started = host.start(options); !started) {
@@ -105,7 +135,8 @@ int main(int argc, char** argv) {
     }
     if (!walks) return app.exec();
 
-    const orvanta::demo::Walkthrough::Route route{host.failingDishIndex().value_or(0), host.failingDishIndex().has_value()};
+    const orvanta::demo::Walkthrough::Route route{host.failingDishIndex().value_or(0), host.failingDishIndex().has_value(),
+                                                  options.camera.has_value()};
     int result = 1;
     QTimer::singleShot(0, &app, [&] {
         orvanta::demo::Walkthrough walk(host.window(), folder, route);

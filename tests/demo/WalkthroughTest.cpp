@@ -1,6 +1,7 @@
-// The sample app's headless walkthrough, run as a user runs it: every step's screenshot is
-// there and shows what the step is about, and the saved photo is the captured one and stays
-// out of the user's Pictures folder; a dish made to fail ends the walk at its failure
+// The sample app's headless walkthrough, run as a user runs it, in the simulated room and on
+// the sample camera video: every step's screenshot is there and shows what the step is about,
+// the dish stands on the card in the camera's picture, and the saved photo is the captured one
+// and stays out of the user's Pictures folder; a dish made to fail ends the walk at its failure
 // message, even when the kit has its model cached.
 #include "DishModels.h"
 #include "core/TemporaryDirectory.h"
@@ -13,6 +14,8 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace orvanta::testing {
 namespace {
@@ -38,6 +41,24 @@ int crustPixels(const QImage& image) {
     });
 }
 
+// Whether the middle of the tomato's pixels lies within the box around the card's printed
+// black (dark and grey, unlike the brown table): the dish stands on the card.
+bool dishOnTheCard(const QImage& image) {
+    const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
+    QPointF tomato;
+    int tomatoes = 0;
+    QRect card;
+    for (int y = 0; y < rgb.height(); ++y)
+        for (int x = 0; x < rgb.width(); ++x) {
+            const QColor c = rgb.pixelColor(x, y);
+            if (c.red() > 150 && c.green() < 90 && c.blue() < 90) tomato += QPointF(x, y), ++tomatoes;
+            const int darkest = std::min({c.red(), c.green(), c.blue()}), brightest = std::max({c.red(), c.green(), c.blue()});
+            if (brightest < 70 && brightest - darkest < 25) card |= QRect(x, y, 1, 1);
+        }
+    const bool cardAlone = card.width() * card.height() < rgb.width() * rgb.height() * 4 / 5; // not the whole table
+    return tomatoes > 40 && cardAlone && card.contains((tomato / tomatoes).toPoint());
+}
+
 // How many of the picture's pixels differ from its first one: a blank picture has none.
 int pixelsUnlikeTheFirst(const QImage& image) {
     int count = 0;
@@ -48,37 +69,45 @@ int pixelsUnlikeTheFirst(const QImage& image) {
 }
 
 TEST(Walkthrough, EveryStepLeavesAScreenshotOfWhatItShowsAndTheSavedPhotoIsTheCapturedOne) {
-    QTemporaryDir out;
-    const ToolRun run = ToolRun::of(ORVANTA_DEMO, {"--headless", "--out", out.path()});
-    ASSERT_EQ(run.exitCode, 0) << run.out.toStdString() << run.err.toStdString();
-    EXPECT_TRUE(run.out.trimmed().endsWith("screenshots: " + QDir(out.path()).absolutePath())) << "names its folder last";
+    const struct {
+        QStringList arguments;
+        QString placed; // the step that stands the dish on the table
+    } walks[] = {{{}, "03-dish-on-the-table"}, {{"--camera", "sample"}, "03-dish-on-the-card"}};
+    for (const auto& walk : walks) {
+        SCOPED_TRACE(walk.placed.toStdString());
+        QTemporaryDir out;
+        const ToolRun run = ToolRun::of(ORVANTA_DEMO, QStringList{"--headless", "--out", out.path()} + walk.arguments);
+        ASSERT_EQ(run.exitCode, 0) << run.out.toStdString() << run.err.toStdString();
+        EXPECT_TRUE(run.out.trimmed().endsWith("screenshots: " + QDir(out.path()).absolutePath())) << "names its folder last";
 
-    const QStringList steps = {"01-menu", "02-dish-opened", "03-dish-on-the-table", "04-captured", "05-thumbnail",
-                               "06-preview", "07-saved-to-photos", "08-share-sheet", "09-copied-to-clipboard",
-                               "10-back-in-3d", "11-closed", "12-full-screen", "13-full-screen-closed"};
-    for (const QString& step : steps) {
-        const QImage shot(QDir(out.path()).filePath(step + ".png"));
-        ASSERT_FALSE(shot.isNull()) << step.toStdString();
-        EXPECT_GT(pixelsUnlikeTheFirst(shot), shot.width() * shot.height() / 40) << step.toStdString() << " is blank";
-        EXPECT_TRUE(run.out.contains(QString("step %1 %2: ").arg(steps.indexOf(step) + 1).arg(step.mid(3))));
+        const QStringList steps = {"01-menu", "02-dish-opened", walk.placed, "04-captured", "05-thumbnail",
+                                   "06-preview", "07-saved-to-photos", "08-share-sheet", "09-copied-to-clipboard",
+                                   "10-back-in-3d", "11-closed", "12-full-screen", "13-full-screen-closed"};
+        for (const QString& step : steps) {
+            const QImage shot(QDir(out.path()).filePath(step + ".png"));
+            ASSERT_FALSE(shot.isNull()) << step.toStdString();
+            EXPECT_GT(pixelsUnlikeTheFirst(shot), shot.width() * shot.height() / 40) << step.toStdString() << " is blank";
+            EXPECT_TRUE(run.out.contains(QString("step %1 %2: ").arg(steps.indexOf(step) + 1).arg(step.mid(3))));
+        }
+        for (const QString& dishStep : {walk.placed, QString("10-back-in-3d")})
+            EXPECT_GT(tomatoPixels(QImage(QDir(out.path()).filePath(dishStep + ".png"))), 40) << dishStep.toStdString();
+        // The 3D mode's screenshot waits for the textures, not only for the model (untextured, the
+        // crust is white: about a tenth of these pixels).
+        EXPECT_GT(crustPixels(QImage(QDir(out.path()).filePath("10-back-in-3d.png"))), 5000);
+
+        const QImage captured(QDir(out.path()).filePath("captured.png"));
+        const QImage saved(QDir(out.path()).filePath("saved-photo.png"));
+        ASSERT_FALSE(saved.isNull());
+        EXPECT_EQ(saved.size(), captured.size());
+        EXPECT_EQ(saved.convertToFormat(QImage::Format_RGB32), captured.convertToFormat(QImage::Format_RGB32));
+        EXPECT_GT(tomatoPixels(saved), 40) << "the photo shows the dish";
+        if (!walk.arguments.isEmpty()) EXPECT_TRUE(dishOnTheCard(saved)) << "the photo shows the dish on the card";
+        EXPECT_EQ(QDir(out.filePath("pictures")).entryList({"*.png"}, QDir::Files).size(), 1) << "the album is beside the screenshots";
+        EXPECT_TRUE(run.out.contains(QRegularExpression(
+            "\nwalkthrough finished in [0-9.]+ s, of which scripted waits 5.50 s \\(the dish screen's 5 s first-load check, "
+            "the thumbnail's 0.5 s animation\\)\n")))
+            << run.out.toStdString();
     }
-    for (const char* dishStep : {"03-dish-on-the-table", "10-back-in-3d"})
-        EXPECT_GT(tomatoPixels(QImage(QDir(out.path()).filePath(QString(dishStep) + ".png"))), 40) << dishStep;
-    // The 3D mode's screenshot waits for the textures, not only for the model (untextured, the
-    // crust is white: about a tenth of these pixels).
-    EXPECT_GT(crustPixels(QImage(QDir(out.path()).filePath("10-back-in-3d.png"))), 5000);
-
-    const QImage captured(QDir(out.path()).filePath("captured.png"));
-    const QImage saved(QDir(out.path()).filePath("saved-photo.png"));
-    ASSERT_FALSE(saved.isNull());
-    EXPECT_EQ(saved.size(), captured.size());
-    EXPECT_EQ(saved.convertToFormat(QImage::Format_RGB32), captured.convertToFormat(QImage::Format_RGB32));
-    EXPECT_GT(tomatoPixels(saved), 40) << "the photo shows the dish";
-    EXPECT_EQ(QDir(out.filePath("pictures")).entryList({"*.png"}, QDir::Files).size(), 1) << "the album is beside the screenshots";
-    EXPECT_TRUE(run.out.contains(QRegularExpression(
-        "\nwalkthrough finished in [0-9.]+ s, of which scripted waits 5.50 s \\(the dish screen's 5 s first-load check, "
-        "the thumbnail's 0.5 s animation\\)\n")))
-        << run.out.toStdString();
 }
 
 TEST(Walkthrough, AFailingDishEndsAtItsFailureMessageEvenWhenTheKitHasItsModelCached) {

@@ -1,8 +1,8 @@
 #pragma once
 // The printed face of a table card: its code in black on white, exactly the card's size at a
 // given resolution. ChArUco boards and markers are drawn by OpenCV's aruco module; a QR
-// code's text is encoded by libqrencode. Used by the card printing tool and by the synthetic
-// camera pictures of the tests, so both show the same card.
+// code's text is encoded by libqrencode. Used by the card printing tool and by the drawn
+// camera pictures (CardTableScene), so both show the same card.
 // Thread: stateless, usable on any thread.
 
 #include "arsession/camera/TableCard.h"
