@@ -42,7 +42,7 @@ public:
     // (QCameraDevice::id()); empty picks the system's default camera. A camera that is missing
     // or fails interrupts the session; it does not end the experience.
     static ARSource camera(QByteArray deviceId = {});
-    // A video file played once, read through Qt Multimedia; its last picture stays.
+    // A video file played in a loop, read through Qt Multimedia.
     static ARSource videoFile(QString path);
     // The PNG or JPEG pictures of a folder, in the order of the numbers in their names, shown
     // at `framesPerSecond`, once; the last picture stays.
