@@ -1,7 +1,6 @@
 // The kit's public entry, driven as a host and a guest would: through RestaurantSDK, and by
 // mouse clicks and key presses on the window.
 #include "entry/ContentViewContainer.h"
-#include "render/DrawnFrames.h"
 #include "render/GlSupport.h"
 #include <OrvantaARFoodSDK/HostingController.h>
 #include <OrvantaARFoodSDK/Window.h>
@@ -59,6 +58,14 @@ protected:
             if (QQuickItem* found = find(*child, name)) return found;
         }
         return nullptr;
+    }
+    // A host's own controller at the root of the shown window, to present the kit from.
+    ui::ViewController* hostRoot(ui::WindowScene& scene) {
+        auto* root = new ui::ViewController;
+        (new ui::Window(&scene, &window_))->setRootViewController(root); // the scene owns both
+        window_.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window_));
+        return root;
     }
     void click(QQuickItem& item) {
         QTest::mouseClick(&window_, Qt::LeftButton, {}, item.mapToScene(QPointF(item.width() / 2, item.height() / 2)).toPoint());
@@ -120,12 +127,7 @@ TEST_F(RestaurantExperienceTest, TheMenuFillsAClickOpensTheDishAndEscapeComesBac
 
 TEST_F(RestaurantExperienceTest, TheExperiencePresentsFullScreenFromTheGivenControllerAndBackCloses) {
     ui::WindowScene scene;
-    ui::Window window(&scene, &window_);
-    auto* root = new ui::ViewController;
-    window.setRootViewController(root); // the window owns it
-    window_.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window_));
-
+    auto* root = hostRoot(scene);
     RestaurantSDK::shared().startRestaurantExperience(fourDishes(), "client", root);
     auto* hosting = qobject_cast<ui::HostingController*>(root->presentedViewController());
     ASSERT_NE(hosting, nullptr);
@@ -229,11 +231,7 @@ TEST_F(RestaurantExperienceTest, ShareOpensItsSheetOverTheKitInEveryWayAHostShow
             ASSERT_TRUE(QTest::qWaitForWindowExposed(kitWindow));
         } else {
             hostScene = std::make_unique<ui::WindowScene>();
-            auto* root = new ui::ViewController;
-            (new ui::Window(hostScene.get(), &window_))->setRootViewController(root); // the scene owns both
-            window_.show();
-            ASSERT_TRUE(QTest::qWaitForWindowExposed(&window_));
-            RestaurantSDK::shared().startRestaurantExperience(fourDishes(), "client", root);
+            RestaurantSDK::shared().startRestaurantExperience(fourDishes(), "client", hostRoot(*hostScene));
         }
 
         ImagePreview holder;

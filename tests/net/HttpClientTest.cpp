@@ -12,8 +12,7 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-#include <condition_variable>
-#include <mutex>
+#include <future>
 #include <optional>
 
 using namespace orvanta;
@@ -35,26 +34,18 @@ protected:
     Delivery download(const std::string& path,
                       const std::optional<net::TransferLimits>& limits = net::TransferLimits{.idleTimeout = 10s}) {
         net::HttpClient client(limits);
-        std::mutex mutex;
-        std::condition_variable arrived;
         Delivery delivery;
-        bool done = false;
+        std::promise<void> done;
         auto queue = client.queue();
         auto subscription = client.download(*core::Url::fromString(server_.url(path)), dir_.path().toStdString())
                                 .sink(
                                     [&](const core::Completion& c) {
-                                        std::lock_guard lock(mutex);
                                         delivery.error = c.failure;
                                         delivery.onWorker = queue->isCurrent();
-                                        done = true;
-                                        arrived.notify_all();
+                                        done.set_value();
                                     },
-                                    [&](net::DownloadedFile file) {
-                                        std::lock_guard lock(mutex);
-                                        delivery.file = std::move(file);
-                                    });
-        std::unique_lock lock(mutex);
-        EXPECT_TRUE(arrived.wait_for(lock, 60s, [&] { return done; })) << path << " never finished";
+                                    [&](net::DownloadedFile file) { delivery.file = std::move(file); });
+        EXPECT_EQ(done.get_future().wait_for(60s), std::future_status::ready) << path << " never finished";
         return delivery;
     }
 

@@ -73,9 +73,18 @@ TEST_F(FoodARViewTest, VisibilityFollowsTheStateTableFromOpeningToThePreview) {
     EXPECT_EQ(screen->imagePreview()->image().pixelColor(0, 0), QColor(Qt::red));
 }
 
-TEST_F(FoodARViewTest, LimitedTrackingLoadsNothingUntilTheModeChanges) {
+// The mode control hides at the next tick after a tap; limited tracking loads nothing until
+// the mode changes.
+TEST_F(FoodARViewTest, LimitedTrackingLoadsNothingUntilTheModeChangesAndTheModeControlHidesAfterATap) {
     auto screen = openScreen(TrackingStateEnum::notTracking);
-    main_->advance(30.0);
+    main_->advance(5.0);
+    EXPECT_FALSE(screen->isSegmentVisible());
+    main_->advance(4.0);
+    screen->tap();
+    EXPECT_TRUE(screen->isSegmentVisible());
+    main_->advance(1.0);
+    EXPECT_FALSE(screen->isSegmentVisible());
+    main_->advance(20.0);
     EXPECT_TRUE(network_->entityLoads.empty());
     EXPECT_TRUE(network_->sceneLoads.empty());
     EXPECT_TRUE(screen->showsInstructionText());
@@ -167,17 +176,6 @@ TEST_F(FoodARViewTest, ASecondSnapshotRestartsTheThumbnailAndTheFirstHideStillFi
     EXPECT_FALSE(screen->isPreviewVisible());
 }
 
-TEST_F(FoodARViewTest, TheModeControlHidesAtTheNextTickAfterATap) {
-    auto screen = openScreen(TrackingStateEnum::notTracking);
-    main_->advance(5.0);
-    EXPECT_FALSE(screen->isSegmentVisible());
-    main_->advance(4.0);
-    screen->tap();
-    EXPECT_TRUE(screen->isSegmentVisible());
-    main_->advance(1.0);
-    EXPECT_FALSE(screen->isSegmentVisible());
-}
-
 TEST_F(FoodARViewTest, AFailedLoadShowsItsErrorAndRetryLoadsAgain) {
     LogCapture log;
     network_->failWith = core::Error("ARModelError", 400, "Invalid URL");
@@ -202,14 +200,12 @@ std::shared_ptr<scenegraph::SceneNode> greenTexturedBox() {
     green.fill(QColor(20, 200, 40));
     QByteArray png;
     QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
     green.save(&buffer, "PNG");
     auto scene = std::make_shared<import::ImportedScene>();
     scene->meshes.push_back(reality::MeshResource::generateBox(0.3f, 0.15f, 0.3f)->mesh());
     scene->meshes[0].subsets.front().material = 0;
     scene->textures.push_back(import::ImportedTexture{"green.png", png, nullptr});
-    scene->materials.push_back(import::ImportedMaterial{});
-    scene->materials[0].baseColorTexture = import::ImportedTextureRef{0};
+    scene->materials.emplace_back().baseColorTexture = import::ImportedTextureRef{0};
     scene->nodes.push_back({"", QMatrix4x4(), -1, {}, {0}});
     return scenegraph::SceneNodeBuilder::build(scene).rootNode;
 }
@@ -263,16 +259,10 @@ TEST_F(FoodARViewTest, FailuresAreToldInWordsAGuestUnderstands) {
         int code;
         QString expected;
     } cases[] = {
-        {"URLError", -1005, download},           // connection closed
-        {"URLError", -1001, download},           // timed out
-        {"FileWriteError", 28, download},        // no space for the download
-        {"FileExistenceError", 404, missing},
-        {"ModelImportError", 1, missing},        // cannot open the file
-        {"SceneKitError", 400, missing},         // the link is no address
+        {"URLError", -1005, download}, {"URLError", -1001, download}, {"FileWriteError", 28, download}, // closed, timed out, disk full
+        {"FileExistenceError", 404, missing}, {"ModelImportError", 1, missing}, {"SceneKitError", 400, missing},
         {"InvalidURLError", 400, missing},
-        {"ModelImportError", 2, damaged},        // not a model format
-        {"ModelImportError", 3, damaged},        // truncated
-        {"SceneKitError", 500, damaged},
+        {"ModelImportError", 2, damaged}, {"ModelImportError", 3, damaged}, {"SceneKitError", 500, damaged}, // format, truncated
     };
     for (const auto& c : cases) EXPECT_EQ(FoodARView::guestMessage(c.domain, c.code), c.expected) << c.domain << " " << c.code;
 }

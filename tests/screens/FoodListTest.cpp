@@ -18,11 +18,8 @@ TEST_F(FoodListTest, TappingTheThirdOfFourDishesPutsItFirstSelectsItAndOpensTheD
 }
 
 TEST_F(FoodListTest, CardsShowNamesPricesAndPicturesOnlyForLinksThatFormAURL) {
-    EXPECT_EQ(FoodCardsModel::priceText(0), "£0.00");
-    EXPECT_EQ(FoodCardsModel::priceText(3), "£3.00");
-    EXPECT_EQ(FoodCardsModel::priceText(9.999), "£10.00");
-    EXPECT_EQ(FoodCardsModel::priceText(12.5), "£12.50");
-    EXPECT_EQ(FoodCardsModel::priceText(1234.5), "£1234.50");
+    for (const auto& [price, text] : {std::pair{0.0, "£0.00"}, {3.0, "£3.00"}, {9.999, "£10.00"}, {12.5, "£12.50"}, {1234.5, "£1234.50"}})
+        EXPECT_EQ(FoodCardsModel::priceText(price), QString::fromUtf8(text)) << price;
 
     FoodList list;
     list.setViewModel(&foodVM_);

@@ -57,28 +57,22 @@ TEST(Presentation, PlacesTheViewByStyleAndFollowsResizes) {
     }
 }
 
-TEST(Presentation, AnimatedPresentSlidesUpAndCompletesAtTheEnd) {
-    ShownWindow shown;
-    auto* presented = new ViewController;
-    presented->setModalPresentationStyle(ModalPresentationStyle::fullScreen);
-    bool completed = false;
-    shown.root->present(presented, true, [&] { completed = true; });
-
-    EXPECT_FALSE(completed);
-    EXPECT_GE(sceneRect(presented->view()).top(), 250) << "starts below the window";
-    ASSERT_TRUE(EventLoopWait::until([&] { return completed; }));
-    EXPECT_EQ(sceneRect(presented->view()), QRectF(0, 0, 400, 300));
-}
-
-TEST(Presentation, ASecondPresentIsRefusedWithAWarning) {
+// An animated present slides up and completes at the end; a second present is then refused.
+TEST(Presentation, AnimatedPresentSlidesUpAndASecondPresentIsRefusedWithAWarning) {
     ShownWindow shown;
     orvanta::testing::LogCapture log;
     ViewController* dish = named(new ViewController, "dish");
-    std::unique_ptr<ViewController> share(named(new ViewController, "share"));
+    dish->setModalPresentationStyle(ModalPresentationStyle::fullScreen);
     bool completed = false;
-    shown.root->present(dish, false);
-    shown.root->present(share.get(), false, [&] { completed = true; });
+    shown.root->present(dish, true, [&] { completed = true; });
+    EXPECT_FALSE(completed);
+    EXPECT_GE(sceneRect(dish->view()).top(), 250) << "starts below the window";
+    ASSERT_TRUE(EventLoopWait::until([&] { return completed; }));
+    EXPECT_EQ(sceneRect(dish->view()), QRectF(0, 0, 400, 300));
 
+    std::unique_ptr<ViewController> share(named(new ViewController, "share"));
+    completed = false;
+    shown.root->present(share.get(), false, [&] { completed = true; });
     EXPECT_EQ(log.lines(), std::vector<std::string>{"Warning: root cannot present share: it already presents dish."});
     EXPECT_EQ(shown.root->presentedViewController(), dish);
     EXPECT_EQ(share->presentingViewController(), nullptr);
