@@ -2,6 +2,7 @@
 // folded into texture scales, the package's layout, and glTF models converted to USDZ
 // importing to the same geometry and materials.
 #include "export/UsdzWriter.h"
+#include "import/ImportTestHelpers.h"
 #include "import/SceneImporter.h"
 #include "import/usd/UsdImporter.h"
 #include "import/usd/UsdzArchive.h"
@@ -16,16 +17,6 @@ namespace orvanta::exporter {
 namespace {
 
 using namespace import;
-
-QByteArray png(QColor color) {
-    QImage image(2, 2, QImage::Format_RGBA8888);
-    image.fill(color);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    return bytes;
-}
 
 QByteArray written(const ImportedScene& scene, UsdzWriter::Layer layer, std::vector<std::string>* notes = nullptr) {
     QByteArray bytes;
@@ -54,7 +45,7 @@ ImportedTextureRef ref(int texture, TextureChannel channel) { return {.texture =
 // Textured inputs carry factor 1, the form USD itself stores, so they read back unchanged.
 ImportedScene everyMaterialInput() {
     ImportedScene scene;
-    scene.textures = {{"albedo.png", png(Qt::red), nullptr}, {"orm.png", png(Qt::green), nullptr}, {"normal.png", png(Qt::blue), nullptr}};
+    scene.textures = {{"albedo.png", pngOf(Qt::red), nullptr}, {"orm.png", pngOf(Qt::green), nullptr}, {"normal.png", pngOf(Qt::blue), nullptr}};
 
     ImportedMaterial constants;
     constants.name = "Constants";
