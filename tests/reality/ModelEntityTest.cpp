@@ -7,10 +7,6 @@
 namespace orvanta::reality {
 namespace {
 
-void expectNear(const QVector3D& actual, const QVector3D& expected) {
-    EXPECT_LT((actual - expected).length(), 1e-5f) << actual.x() << " " << actual.y() << " " << actual.z();
-}
-
 import::ImportedMesh triangle(const std::string& name, float size, std::vector<import::ImportedSubset> subsets) {
     import::ImportedMesh mesh;
     mesh.name = name;
@@ -89,8 +85,8 @@ TEST(ModelEntityTest, CollisionShapesAndVisualBoundsFollowTheMeshes) {
     // The plate triangle (1 m) scaled 2, turned 90° about y, raised 0.1 m spans y∈[0.1,2.1], z∈[−2,0];
     // the cup's triangles reach x = 1 and y = 0.
     const BoundingBox all = root->visualBounds(true, nullptr);
-    expectNear(all.min, {0, 0, -2});
-    expectNear(all.max, {1, 2.1f, 0});
+    EXPECT_LT((all.min - QVector3D(0, 0, -2)).length(), 1e-5f);
+    EXPECT_LT((all.max - QVector3D(1, 2.1f, 0)).length(), 1e-5f);
     EXPECT_TRUE(Entity().visualBounds(true, nullptr).isEmpty);
 }
 
