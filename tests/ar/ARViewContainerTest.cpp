@@ -9,8 +9,8 @@
 #include "reality/MeshResource.h"
 #include "reality/SimpleMaterial.h"
 #include "support/LogCapture.h"
+#include "support/TestModels.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -186,15 +186,11 @@ TEST_F(ARViewContainerTest, PlaneDiscoveryCoachesInOrderAndAnInterruptionPausesT
 TEST(ARSourceSetting, AMistakeNamesItsFieldAndKeepsTheCurrentSource) {
     QTemporaryDir folder;
     const QString calibration = folder.filePath("lens.yml");
-    {
-        QFile file(calibration);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("%YAML:1.0\n---\nimage_width: 640\nimage_height: 480\n"
-                   "camera_matrix: !!opencv-matrix\n   rows: 3\n   cols: 3\n   dt: d\n"
-                   "   data: [ 600., 0., 320., 0., 600., 240., 0., 0., 1. ]\n"
-                   "distortion_coefficients: !!opencv-matrix\n   rows: 1\n   cols: 5\n   dt: d\n"
-                   "   data: [ -0.1, 0.01, 0., 0., 0. ]\n");
-    }
+    orvanta::testing::TestModels::write(
+        calibration.toStdString(),
+        "%YAML:1.0\n---\nimage_width: 640\nimage_height: 480\n"
+        "camera_matrix: !!opencv-matrix {rows: 3, cols: 3, dt: d, data: [600., 0., 320., 0., 600., 240., 0., 0., 1.]}\n"
+        "distortion_coefficients: !!opencv-matrix {rows: 1, cols: 5, dt: d, data: [-0.1, 0.01, 0., 0., 0.]}\n");
     const ARSource good = ARSource::camera("video0").withCalibration(calibration).withTableSize(QSizeF(0.8, 0.5));
     ASSERT_TRUE(ARSourceSetting::choose(good)) << ARSourceSetting::choose(good).error().localizedDescription();
     EXPECT_EQ(ARSourceSetting::current(), good);

@@ -86,11 +86,9 @@ TEST(ARCameraTest, ARealLensProjectsThroughTheAspectFillOfItsPicture) {
         const Ray ray = camera.ray(expected, c.view);
         EXPECT_NEAR((ray.direction - (world - camera.position()).normalized()).length(), 0.0f, 1e-5f);
     }
-}
-
-TEST(ARCameraTest, PointsBehindTheCameraDoNotProject) {
-    for (const ARCamera& camera : {posedCamera(), realLens()})
-        EXPECT_FALSE(camera.projectPoint(camera.transform.map(QVector3D(0, 0, 1)), QSizeF(640, 480)));
+    // Points behind the camera do not project, with or without a lens.
+    for (const ARCamera& behind : {posedCamera(), realLens()})
+        EXPECT_FALSE(behind.projectPoint(behind.transform.map(QVector3D(0, 0, 1)), QSizeF(640, 480)));
 }
 
 } // namespace

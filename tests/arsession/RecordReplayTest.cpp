@@ -4,8 +4,8 @@
 #include "arsession/FrameRecord.h"
 #include "arsession/ReplayBackend.h"
 #include "arsession/SessionRecorder.h"
+#include "support/TestModels.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -73,11 +73,8 @@ TEST(RecordReplayTest, MalformedRecordsAreErrors) {
     EXPECT_TRUE(std::holds_alternative<core::Error>(FrameRecord::decode("{\"t\": 1}")));
 
     QTemporaryDir dir;
-    QFile file(dir.filePath("broken.jsonl"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(good + "\n{not json\n");
-    file.close();
-    EXPECT_TRUE(std::holds_alternative<core::Error>(ReplayBackend::load(file.fileName())));
+    orvanta::testing::TestModels::write(dir.filePath("broken.jsonl").toStdString(), good + "\n{not json\n");
+    EXPECT_TRUE(std::holds_alternative<core::Error>(ReplayBackend::load(dir.filePath("broken.jsonl"))));
     EXPECT_TRUE(std::holds_alternative<core::Error>(ReplayBackend::load(dir.filePath("missing.jsonl"))));
 }
 

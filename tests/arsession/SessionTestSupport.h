@@ -41,9 +41,8 @@ private:
 
 // A session on its own manual clock, the simulated room unless given another backend.
 struct ClockedSession {
-    explicit ClockedSession(SimulatedWorld::Script script = SimulatedWorld::Script{},
-                            std::vector<SimulatedWorld::Surface> surfaces = SimulatedWorld::defaultRoom())
-        : ClockedSession(std::make_unique<SimulatedWorld>(std::move(script), std::move(surfaces))) {}
+    explicit ClockedSession(SimulatedWorld::Script script = {})
+        : ClockedSession(std::make_unique<SimulatedWorld>(std::move(script), SimulatedWorld::defaultRoom())) {}
     explicit ClockedSession(std::unique_ptr<SessionBackend> backend)
         : session(std::make_shared<ARSession>(std::move(backend), clock)) {
         session->setDelegate(delegate);

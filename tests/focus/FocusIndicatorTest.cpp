@@ -82,7 +82,7 @@ protected:
     }
 };
 
-TEST_F(FocusIndicatorTest, OnlyAChangeOfStateReachesTheDelegate) {
+TEST_F(FocusIndicatorTest, OnlyAChangeOfStateReachesTheDelegateAndDestroyFreesTheSquare) {
     indicator->setState(State::initializing());
     EXPECT_TRUE(delegate->updates.empty());
 
@@ -96,26 +96,7 @@ TEST_F(FocusIndicatorTest, OnlyAChangeOfStateReachesTheDelegate) {
     // A different camera is a different state.
     indicator->setState(State::tracking(offPlaneHit({0, 0, -1}), arsession::ARCamera{}));
     EXPECT_EQ(delegate->updates.size(), 2u);
-}
 
-TEST_F(FocusIndicatorTest, ClassicBarsCloseOnAPlaneAndReopenOffIt) {
-    std::vector<QVector3D> closedPositions;
-    for (const auto& bar : indicator->segments()) closedPositions.push_back(bar->position());
-    const auto expectClosed = [&] {
-        EXPECT_FALSE(indicator->isOpen());
-        for (std::size_t i = 0; i < closedPositions.size(); ++i)
-            EXPECT_EQ(indicator->segments()[i]->position(), closedPositions[i]) << "bar " << i;
-    };
-    indicator->setState(State::tracking(planeHit({0, 0, -1}), std::nullopt));
-    expectClosed();
-    indicator->setState(State::tracking(offPlaneHit({0, 0, -1}), std::nullopt));
-    EXPECT_TRUE(indicator->isOpen());
-    EXPECT_NE(indicator->segments()[0]->position(), closedPositions[0]);
-    indicator->setState(State::tracking(planeHit({0, 0, -1}), std::nullopt));
-    expectClosed();
-}
-
-TEST_F(FocusIndicatorTest, DestroyTakesTheSquareOutOfItsSceneAndFreesIt) {
     const std::weak_ptr<FocusIndicator> weak = indicator;
     indicator->destroy();
     EXPECT_TRUE(view->scene().anchors().empty());
@@ -123,19 +104,33 @@ TEST_F(FocusIndicatorTest, DestroyTakesTheSquareOutOfItsSceneAndFreesIt) {
     EXPECT_TRUE(weak.expired());
 }
 
-TEST(FocusIndicatorColored, FillColourFollowsTheState) {
-    const auto indicator = FocusIndicator::make(std::make_shared<reality::ARView>(),
-                                                focus::FocusIndicatorComponent::plane());
+// The classic square's bars close on a plane and reopen off it; the plane style's fill takes the state's colour.
+TEST_F(FocusIndicatorTest, ClassicBarsCloseOnAPlaneAndTheFillColourFollowsTheState) {
+    const auto colored = FocusIndicator::make(view, focus::FocusIndicatorComponent::plane());
     const auto style = *focus::FocusIndicatorComponent::plane().coloredStyle();
-    ASSERT_TRUE(indicator->fillPlane());
-    const auto fillColour = [&] {
-        return std::get<reality::UnlitMaterial>(indicator->fillPlane()->model()->materials.at(0)).color;
-    };
+    ASSERT_TRUE(colored->fillPlane());
+    const auto fillColour = [&] { return std::get<reality::UnlitMaterial>(colored->fillPlane()->model()->materials.at(0)).color; };
     EXPECT_EQ(fillColour(), style.nonTrackingColor);
-    indicator->setState(State::tracking(planeHit({0, 0, -1}), std::nullopt));
+    const auto setState = [&](const State& state) {
+        indicator->setState(state);
+        colored->setState(state);
+    };
+    std::vector<QVector3D> closedPositions;
+    for (const auto& bar : indicator->segments()) closedPositions.push_back(bar->position());
+    const auto expectClosed = [&] {
+        EXPECT_FALSE(indicator->isOpen());
+        for (std::size_t i = 0; i < closedPositions.size(); ++i)
+            EXPECT_EQ(indicator->segments()[i]->position(), closedPositions[i]) << "bar " << i;
+    };
+    setState(State::tracking(planeHit({0, 0, -1}), std::nullopt));
+    expectClosed();
     EXPECT_EQ(fillColour(), style.onColor);
-    indicator->setState(State::tracking(offPlaneHit({0, 0, -1}), std::nullopt));
+    setState(State::tracking(offPlaneHit({0, 0, -1}), std::nullopt));
+    EXPECT_TRUE(indicator->isOpen());
+    EXPECT_NE(indicator->segments()[0]->position(), closedPositions[0]);
     EXPECT_EQ(fillColour(), style.offColor);
+    setState(State::tracking(planeHit({0, 0, -1}), std::nullopt));
+    expectClosed();
 }
 
 TEST_F(FocusIndicatorTest, WithNoRaycastTargetsTheSquareStaysInFrontOfTheCamera) {

@@ -11,21 +11,19 @@ namespace {
 constexpr float kPi = std::numbers::pi_v<float>;
 }
 
-TEST(FocusMath, ScaleFollowsDistanceContinuouslyAtSeventyCentimetres) {
+TEST(FocusMath, ScaleFollowsDistanceAndYawIsNormalizedNearTheReference) {
     EXPECT_FLOAT_EQ(scaleForDistance(0.35f), 0.5f);
     EXPECT_FLOAT_EQ(scaleForDistance(0.7f), 1.0f);
     EXPECT_FLOAT_EQ(scaleForDistance(std::nextafter(0.7f, 0.0f)), 1.0f);
     EXPECT_FLOAT_EQ(scaleForDistance(2.0f), 1.325f);
-}
 
-TEST(FocusMath, NormalizeBringsYawWithinAnEighthTurnOfTheReference) {
     EXPECT_FLOAT_EQ(normalize(0.5f, 0.0f), 0.5f); // within π/4: untouched
     EXPECT_FLOAT_EQ(normalize(1.0f, 0.0f), 1.0f - kPi / 2);
     EXPECT_NEAR(normalize(3.0f * kPi + 0.1f, 0.0f), 0.1f, 1e-5f); // several quarter turns
     EXPECT_LE(std::abs(normalize(-10.0f, 2.0f) - 2.0f), kPi / 4);
 }
 
-TEST(FocusMath, AlignmentAnimationTakesFifteenPercentOfTheShortestTurnUntilThreshold) {
+TEST(FocusMath, AlignmentTurnsTheShortWayUpsideDownIsFlippedAndYawIsAboutWorldUp) {
     const QQuaternion start;
     const QQuaternion target = QQuaternion::fromAxisAndAngle(0, 1, 0, 90.0f);
     float axisX, axisY, axisZ, degrees;
@@ -44,9 +42,7 @@ TEST(FocusMath, AlignmentAnimationTakesFifteenPercentOfTheShortestTurnUntilThres
         ASSERT_LT(++frames, 100);
     }
     EXPECT_GT(frames, 5);
-}
 
-TEST(FocusMath, UpsideDownPastTheThresholdIsFlippedUpright) {
     const QQuaternion ceiling = QQuaternion::fromAxisAndAngle(1, 0, 0, 180.0f) *
                                 QQuaternion::fromAxisAndAngle(0, 1, 0, 30.0f);
     ASSERT_TRUE(isUpsideDown(ceiling));
@@ -54,9 +50,7 @@ TEST(FocusMath, UpsideDownPastTheThresholdIsFlippedUpright) {
     // up·y = cos 155° ≈ −0.906 is past −0.9; cos 150° is not.
     EXPECT_TRUE(isUpsideDown(QQuaternion::fromAxisAndAngle(1, 0, 0, 155.0f)));
     EXPECT_FALSE(isUpsideDown(QQuaternion::fromAxisAndAngle(1, 0, 0, 150.0f)));
-}
 
-TEST(FocusMath, YawIsTheTurnAboutWorldUp) {
     EXPECT_NEAR(yaw(QQuaternion::fromAxisAndAngle(0, 1, 0, -45.0f) * QQuaternion::fromAxisAndAngle(1, 0, 0, -20.0f)),
                 -kPi / 4, 1e-5f);
     EXPECT_FLOAT_EQ(yaw(QQuaternion::fromAxisAndAngle(1, 0, 0, 90.0f)), 0.0f); // looking up

@@ -4,16 +4,14 @@
 
 using namespace orvanta::focus;
 
-TEST(SegmentPose, OpenThenCloseReturnsEveryBarExactly) {
+TEST(SegmentPose, OpenBarsAreShortAtTheirCornersAndCloseBackExactly) {
     for (const auto& [corner, alignment] : kClassicSegmentLayout) {
         const SegmentPose start{cornerPosition(corner, alignment), closedScale(alignment)};
         const SegmentPose open = opened(start, corner, alignment);
         EXPECT_NE(open, start);
         EXPECT_EQ(closed(open, corner, alignment), start);
     }
-}
-
-TEST(SegmentPose, OpenBarIsShortAndStillEndsAtItsCorner) {
+    // An open bar is short and still ends at its corner.
     const SegmentPose start{cornerPosition(Corner::topLeft, Alignment::horizontal), closedScale(Alignment::horizontal)};
     EXPECT_EQ(start.scale, QVector3D(0.5f, 1.0f, 0.018f));
     const SegmentPose open = opened(start, Corner::topLeft, Alignment::horizontal);

@@ -7,6 +7,7 @@
 #include "core/TemporaryDirectory.h"
 #include "models/NetworkManager.h"
 #include "support/LogCapture.h"
+#include "support/ScopedTmpdir.h"
 #include "support/TestHttpServer.h"
 #include "support/TestModels.h"
 
@@ -14,7 +15,6 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <optional>
 
 namespace orvanta::testing {
@@ -43,15 +43,8 @@ core::Cancellable record(const core::Publisher<T>& publisher, Outcome<T>& outcom
 class ModelsFixture : public ::testing::Test {
 protected:
     void SetUp() override {
-        const char* old = std::getenv("TMPDIR");
-        savedTmpdir_ = old ? std::optional<std::string>(old) : std::nullopt;
-        setenv("TMPDIR", cacheDir_.path().toLocal8Bit().constData(), 1);
         core::Dispatch::setMain(main_);
         cacheFolder_ = QString::fromStdString(core::TemporaryDirectory::url().value().path());
-    }
-    void TearDown() override {
-        if (savedTmpdir_) setenv("TMPDIR", savedTmpdir_->c_str(), 1);
-        else unsetenv("TMPDIR");
     }
 
     std::string cachePath(const std::string& name) const {
@@ -59,11 +52,7 @@ protected:
     }
     // Every file in the cache directory, hidden ones (unfinished downloads) included.
     QStringList cacheFiles() const { return QDir(cacheFolder_).entryList(QDir::Files | QDir::Hidden); }
-    void serveModel(const std::string& path, int nodeCount = 3) {
-        Route route;
-        route.body = TestModels::glbWithNodes(nodeCount);
-        server_.route(path, route);
-    }
+    void serveModel(const std::string& path, int nodeCount = 3) { server_.route(path, {.body = TestModels::glbWithNodes(nodeCount)}); }
 
     // Subscribes to `publisher` and drives the main queue until it has delivered.
     template <class T>
@@ -75,8 +64,8 @@ protected:
     }
 
     QTemporaryDir cacheDir_;  // what TMPDIR names
+    ScopedTmpdir tmpdir_{cacheDir_.path()};
     QString cacheFolder_;     // the kit's folder inside it
-    std::optional<std::string> savedTmpdir_;
     std::shared_ptr<core::ManualScheduler> main_ = std::make_shared<core::ManualScheduler>();
     TestHttpServer server_;
     std::shared_ptr<net::HttpClient> client_ = std::make_shared<net::HttpClient>(net::TransferLimits{});

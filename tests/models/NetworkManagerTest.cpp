@@ -61,7 +61,7 @@ TEST_F(NetworkManagerCache, CachedFileIsServedWithoutARequestAndStalePartFilesGo
     EXPECT_EQ(cacheFiles(), (QStringList{".download-Ef34Gh.part", ".notes.part", "dish.glb"}));
 }
 
-TEST_F(NetworkManagerCache, DownloadsOnceThenAnyLinkWithTheSameFileNameHitsTheCache) {
+TEST_F(NetworkManagerCache, DownloadsOnceThenAnyLinkWithTheSameFileNameHitsTheCacheAndRedirectsAreFollowed) {
     serveModel("/a/pasta.glb");
     ASSERT_TRUE(awaitOutcome(network_->loadSceneKitModel(server_.url("/a/pasta.glb"))).finished);
     // Another host, folder and query, same last component: the first file answers.
@@ -74,6 +74,12 @@ TEST_F(NetworkManagerCache, DownloadsOnceThenAnyLinkWithTheSameFileNameHitsTheCa
     for (const auto& [name, value] : requests.at(0).headers)
         EXPECT_TRUE(name == "host" || name == "connection" || name == "accept-encoding" || name == "accept-language" ||
                     name == "user-agent") << name;
+
+    // A redirect is followed and its answer cached under the requested name.
+    serveModel("/real/final.glb");
+    server_.route("/old/dish.glb", {.redirectTo = server_.url("/real/final.glb")});
+    EXPECT_TRUE(awaitOutcome(network_->loadSceneKitModel(server_.url("/old/dish.glb"))).finished);
+    EXPECT_EQ(cacheFiles(), (QStringList{"dish.glb", "pasta.glb"}));
 }
 
 TEST_F(NetworkManagerCache, ErrorPageIsCachedAsTheModelAndFailsInTheLoader) {
@@ -90,16 +96,6 @@ TEST_F(NetworkManagerCache, ErrorPageIsCachedAsTheModelAndFailsInTheLoader) {
     EXPECT_EQ(server_.requestCount(), 1);
 }
 
-TEST_F(NetworkManagerCache, FollowsRedirectsAndCachesUnderTheRequestedName) {
-    serveModel("/real/final.glb");
-    Route moved;
-    moved.redirectTo = server_.url("/real/final.glb");
-    server_.route("/old/dish.glb", moved);
-    const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/old/dish.glb")));
-    EXPECT_TRUE(outcome.finished);
-    EXPECT_EQ(cacheFiles(), QStringList{"dish.glb"});
-}
-
 TEST_F(NetworkManagerCache, APlantedLinkIsReplacedNeverFollowedAndAnUnusableTmpdirWritesNothing) {
     QTemporaryDir elsewhere;
     const QString planted = elsewhere.filePath("planted.glb");
@@ -114,7 +110,7 @@ TEST_F(NetworkManagerCache, APlantedLinkIsReplacedNeverFollowedAndAnUnusableTmpd
     EXPECT_EQ(QFileInfo(planted).size(), static_cast<qint64>(TestModels::glbWithNodes(1).size()));
 
     // A TMPDIR that names no directory is an error; nothing lands at the file-system root.
-    setenv("TMPDIR", cachePath("missing").c_str(), 1);
+    qputenv("TMPDIR", QByteArray::fromStdString(cachePath("missing")));
     expectError(awaitOutcome(network_->loadSceneKitModel(server_.url("/orvanta-root-check.glb"))).error,
                 "TemporaryDirectoryError", -1);
     EXPECT_EQ(server_.requestCount("/orvanta-root-check.glb"), 0);
@@ -124,10 +120,7 @@ TEST_F(NetworkManagerCache, APlantedLinkIsReplacedNeverFollowedAndAnUnusableTmpd
 using NetworkManagerTransfer = ModelsFixture;
 
 TEST_F(NetworkManagerTransfer, ConnectionClosedMidBodyFailsOffTheMainThreadAndLeavesNoFile) {
-    Route broken;
-    broken.body = QByteArray(1 << 20, 'x');
-    broken.cutAfter = broken.body.size() / 2;
-    server_.route("/broken.glb", broken);
+    server_.route("/broken.glb", {.body = QByteArray(1 << 20, 'x'), .cutAfter = 1 << 19});
     // The failure is delivered by the HTTP client's thread, not through the main queue.
     const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/broken.glb")));
     expectError(outcome.error, "URLError", -1);
@@ -162,9 +155,7 @@ TEST_F(NetworkManagerTransfer, ConcurrentLoadsDeliverEveryValueAndCompletionOnTh
 }
 
 TEST_F(NetworkManagerTransfer, AWriteFailureNamesItsCauseAndLeavesNoFile) {
-    Route big;
-    big.body = QByteArray(1 << 20, 'b');
-    server_.route("/big.glb", big);
+    server_.route("/big.glb", {.body = QByteArray(1 << 20, 'b')});
     // A file-size limit makes the disk refuse the body part way, as a full disk would.
     struct rlimit saved {};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
@@ -180,10 +171,7 @@ TEST_F(NetworkManagerTransfer, AWriteFailureNamesItsCauseAndLeavesNoFile) {
 }
 
 TEST_F(NetworkManagerTransfer, ASilentServerTimesOut) {
-    Route silent;
-    silent.body = TestModels::glbWithNodes(1);
-    silent.delayMs = 10 * 60 * 1000; // never answers while the test runs
-    server_.route("/silent.glb", silent);
+    server_.route("/silent.glb", {.body = TestModels::glbWithNodes(1), .delayMs = 10 * 60 * 1000}); // never answers in time
     auto impatient = std::make_shared<NetworkManager>(
         std::make_shared<net::HttpClient>(net::TransferLimits{.idleTimeout = std::chrono::milliseconds(300)}));
     expectError(awaitOutcome(impatient->loadSceneKitModel(server_.url("/silent.glb"))).error, "URLError", -1001);
@@ -278,9 +266,7 @@ TEST_F(NetworkManagerLoaders, UsdzDishLoadsEndToEndInBothModes) {
     ORVANTA_CORPUS_FILE(usdz, "usdz/USDLogo.usdz");
     QFile file(QString::fromStdString(usdz.string()));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    Route route;
-    route.body = file.readAll();
-    server_.route("/dishes/logo.usdz", route);
+    server_.route("/dishes/logo.usdz", {.body = file.readAll()});
 
     const auto entity = awaitOutcome(network_->loadModel(server_.url("/dishes/logo.usdz")));
     ASSERT_TRUE(entity.value.has_value()) << entity.error->description();
@@ -294,9 +280,8 @@ TEST_F(NetworkManagerLoaders, UsdzDishLoadsEndToEndInBothModes) {
 }
 
 TEST_F(NetworkManagerLoaders, InstancedSeedsLoadAsInstancesAndABudgetBeyondThemRefusesThemInBothModes) {
-    Route route;
-    route.body = TestModels::seedScatterUsda(50, 3);  // 50 seeds of 18 triangles: 900 triangles, 1 draw call
-    server_.route("/seeds.usda", route);
+    // 50 seeds of 18 triangles: 900 triangles, 1 draw call.
+    server_.route("/seeds.usda", {.body = TestModels::seedScatterUsda(50, 3)});
     const std::string link = server_.url("/seeds.usda");
 
     const auto entity = awaitOutcome(network_->loadModel(link));

@@ -7,10 +7,6 @@
 namespace orvanta::reality {
 namespace {
 
-void expectNear(const QVector3D& actual, const QVector3D& expected) {
-    EXPECT_LT((actual - expected).length(), 1e-5f) << actual.x() << " " << actual.y() << " " << actual.z();
-}
-
 import::ImportedMesh triangle(const std::string& name, float size, std::vector<import::ImportedSubset> subsets) {
     import::ImportedMesh mesh;
     mesh.name = name;
@@ -89,8 +85,8 @@ TEST(ModelEntityTest, CollisionShapesAndVisualBoundsFollowTheMeshes) {
     // The plate triangle (1 m) scaled 2, turned 90° about y, raised 0.1 m spans y∈[0.1,2.1], z∈[−2,0];
     // the cup's triangles reach x = 1 and y = 0.
     const BoundingBox all = root->visualBounds(true, nullptr);
-    expectNear(all.min, {0, 0, -2});
-    expectNear(all.max, {1, 2.1f, 0});
+    EXPECT_LT((all.min - QVector3D(0, 0, -2)).length(), 1e-5f);
+    EXPECT_LT((all.max - QVector3D(1, 2.1f, 0)).length(), 1e-5f);
     EXPECT_TRUE(Entity().visualBounds(true, nullptr).isEmpty);
 }
 
@@ -110,29 +106,17 @@ TEST(ModelEntityTest, GeneratedBoxIsClosedAndFacesOutward) {
 TEST(ModelEntityTest, EveryImportedMaterialInputReachesTheEntitysMaterial) {
     import::ImportedScene scene;
     scene.textures.push_back({"orm.png", QByteArray("orm"), nullptr});
-    const auto ref = [](import::TextureChannel channel, int set) {
-        import::ImportedTextureRef r{0};
-        r.channel = channel;
-        r.texCoordSet = set;
-        r.transform.rotationDegrees = 90.0f;
-        r.wrapS = import::TextureWrap::mirror;
-        return r;
+    const auto ref = [](import::TextureChannel channel, int set = 0) {
+        return import::ImportedTextureRef{.texture = 0, .channel = channel, .texCoordSet = set,
+                                          .transform = {.rotationDegrees = 90.0f}, .wrapS = import::TextureWrap::mirror};
     };
-    import::ImportedMaterial m;
-    m.baseColorFactor = {0.5f, 0.5f, 0.5f, 0.4f};
-    m.occlusionTexture = ref(import::TextureChannel::r, 1);
-    m.occlusionStrength = 0.7f;
-    m.roughnessTexture = ref(import::TextureChannel::g, 0);
-    m.metallicTexture = ref(import::TextureChannel::b, 0);
-    m.opacityTexture = ref(import::TextureChannel::a, 0);
-    m.normalTexture = ref(import::TextureChannel::rgb, 0);
-    m.normalScale = 0.5f;
-    m.emissiveFactor = {1.0f, 0.5f, 0.0f};
-    m.emissiveStrength = 4.0f;
-    m.alphaMode = import::AlphaMode::mask;
-    m.alphaCutoff = 0.3f;
-    m.doubleSided = true;
-    m.unlit = true;
+    using import::TextureChannel;
+    import::ImportedMaterial m{.baseColorFactor = {0.5f, 0.5f, 0.5f, 0.4f}, .metallicTexture = ref(TextureChannel::b),
+                               .roughnessTexture = ref(TextureChannel::g), .normalTexture = ref(TextureChannel::rgb),
+                               .normalScale = 0.5f, .occlusionTexture = ref(TextureChannel::r, 1), .occlusionStrength = 0.7f,
+                               .emissiveFactor = {1.0f, 0.5f, 0.0f}, .emissiveStrength = 4.0f,
+                               .opacityTexture = ref(TextureChannel::a), .alphaMode = import::AlphaMode::mask,
+                               .alphaCutoff = 0.3f, .doubleSided = true, .unlit = true};
     const auto pbr = PhysicallyBasedMaterial::fromImported(scene, m);
 
     EXPECT_NEAR(pbr.baseColorTint.redF(), 0.7354, 1e-3); // linear 0.5 as sRGB
@@ -155,7 +139,7 @@ TEST(ModelEntityTest, EveryImportedMaterialInputReachesTheEntitysMaterial) {
     // A texture's scale folds into the factor it multiplies, as a file with a factor beside a
     // texture writes it.
     m.baseColorFactor = {1.0f, 1.0f, 1.0f, 1.0f};
-    m.baseColorTexture = ref(import::TextureChannel::rgb, 0);
+    m.baseColorTexture = ref(TextureChannel::rgb);
     m.baseColorTexture->scale = {0.5f, 1.0f, 1.0f, 1.0f};
     m.roughness = 1.0f;
     m.roughnessTexture->scale = {1.0f, 0.25f, 1.0f, 1.0f}; // the green channel's

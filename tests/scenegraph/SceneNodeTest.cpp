@@ -6,7 +6,7 @@
 
 using orvanta::scenegraph::SceneNode;
 
-TEST(SceneNode, AddingANodeWithAParentMovesIt) {
+TEST(SceneNode, ReparentingMovesAndTransformsDecomposeAndCompose) {
     auto a = SceneNode::make("a"), b = SceneNode::make("b"), child = SceneNode::make("child");
     a->addChildNode(child);
     b->addChildNode(child);
@@ -16,9 +16,7 @@ TEST(SceneNode, AddingANodeWithAParentMovesIt) {
     child->removeFromParentNode();
     EXPECT_EQ(child->parent(), nullptr);
     EXPECT_TRUE(b->childNodes().empty());
-}
 
-TEST(SceneNode, TransformDecompositionRoundTrips) {
     QMatrix4x4 m;
     m.translate(1, 2, 3);
     m.rotate(QQuaternion::fromAxisAndAngle(QVector3D(0.3f, 1, 0.2f).normalized(), 40));
@@ -29,13 +27,10 @@ TEST(SceneNode, TransformDecompositionRoundTrips) {
     EXPECT_NEAR(node->scale().x(), 2.0f, 1e-5f);
     const QMatrix4x4 back = node->transform();
     for (int i = 0; i < 16; ++i) EXPECT_NEAR(back.constData()[i], m.constData()[i], 1e-4f) << i;
-}
 
-TEST(SceneNode, WorldTransformComposesParents) {
-    auto root = SceneNode::make(), child = SceneNode::make();
-    root->setPosition({1, 0, 0});
-    root->setScale({2, 2, 2});
+    a->setPosition({1, 0, 0});
+    a->setScale({2, 2, 2});
     child->setPosition({0, 1, 0});
-    root->addChildNode(child);
+    a->addChildNode(child);
     EXPECT_EQ(child->worldTransform().map(QVector3D()), QVector3D(1, 2, 0));
 }

@@ -2,12 +2,19 @@
 // Locates the shared corpus of real model files: $ORVANTA_CORPUS, else ../shared/corpus
 // beside the source tree. Tests that need it skip when it is absent.
 
+#include <cstdlib>
 #include <filesystem>
 #include <optional>
 
 namespace orvanta::testing {
 
-std::optional<std::filesystem::path> corpusDirectory();
+inline std::optional<std::filesystem::path> corpusDirectory() {
+    if (const char* env = std::getenv("ORVANTA_CORPUS"); env && *env && std::filesystem::is_directory(env))
+        return std::filesystem::path(env);
+    const auto beside = std::filesystem::path(ORVANTA_SOURCE_DIR) / ".." / "shared" / "corpus";
+    if (std::filesystem::is_directory(beside)) return beside;
+    return std::nullopt;
+}
 
 } // namespace orvanta::testing
 

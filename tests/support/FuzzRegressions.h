@@ -3,8 +3,10 @@
 // the tests replay them.
 
 #include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace orvanta::testing {
@@ -15,6 +17,15 @@ struct FuzzRegression {
 };
 
 // Every recorded input of `target` ("fuzz_usdc", ...); empty when none are recorded.
-std::vector<FuzzRegression> fuzzRegressions(const std::string& target);
+inline std::vector<FuzzRegression> fuzzRegressions(const std::string& target) {
+    const auto folder = std::filesystem::path(ORVANTA_SOURCE_DIR) / "fuzz" / "regressions" / target;
+    std::vector<FuzzRegression> inputs;
+    if (!std::filesystem::is_directory(folder)) return inputs;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        std::ifstream in(entry.path(), std::ios::binary);
+        inputs.push_back({entry.path().string(), {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()}});
+    }
+    return inputs;
+}
 
 } // namespace orvanta::testing

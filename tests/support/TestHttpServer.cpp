@@ -21,8 +21,8 @@ QByteArray head(const Route& route) {
     QByteArray head = "HTTP/1.1 " + QByteArray::number(redirect ? 302 : route.status) + " X\r\n";
     if (redirect) head += "Location: " + QByteArray::fromStdString(route.redirectTo) + "\r\n";
     head += "Content-Type: " + route.contentType + "\r\n";
-    if (route.length == Route::Length::actual) head += "Content-Length: " + QByteArray::number(route.body.size()) + "\r\n";
-    if (route.length == Route::Length::declared) head += "Content-Length: " + QByteArray::number(route.declaredLength) + "\r\n";
+    if (route.length != Route::Length::none)
+        head += "Content-Length: " + QByteArray::number(route.length == Route::Length::actual ? route.body.size() : route.declaredLength) + "\r\n";
     for (const QByteArray& line : route.headers) head += line + "\r\n";
     return head + "Connection: close\r\n\r\n";
 }
@@ -83,8 +83,7 @@ std::vector<RecordedRequest> TestHttpServer::requests() const {
 
 qint64 TestHttpServer::bytesSent(const std::string& path) const {
     std::lock_guard lock(mutex_);
-    const auto it = sent_.find(path);
-    return it == sent_.end() ? 0 : it->second;
+    return sent_.contains(path) ? sent_.at(path) : 0;
 }
 
 void TestHttpServer::serve(QTcpSocket* socket) {
@@ -122,25 +121,13 @@ void TestHttpServer::send(QTcpSocket* socket, const std::string& path, const QBy
 
 void TestHttpServer::respond(QTcpSocket* socket, const RecordedRequest& request) {
     const std::string path = pathWithoutQuery(request.path);
-    Route route;
-    bool known;
+    Route route{.status = 404, .body = "<html><body>Not Found</body></html>", .contentType = "text/html"};
     {
         std::lock_guard lock(mutex_);
-        auto it = routes_.find(path);
-        known = it != routes_.end();
-        if (known) route = it->second;
-    }
-    if (!known) {
-        route.status = 404;
-        route.body = "<html><body>Not Found</body></html>";
-        route.contentType = "text/html";
+        if (const auto it = routes_.find(path); it != routes_.end()) route = it->second;
     }
     auto answer = [this, socket, path, route] {
-        if (route.flood != Route::Flood::none) {
-            send(socket, path, "HTTP/1.1 200 OK\r\n");
-        } else {
-            send(socket, path, head(route));
-        }
+        send(socket, path, route.flood != Route::Flood::none ? QByteArray("HTTP/1.1 200 OK\r\n") : head(route));
         // The next piece to send, empty once everything is out; it is sent as the socket
         // drains, so nothing large ever sits in the socket's buffer.
         auto offset = std::make_shared<qint64>(0);

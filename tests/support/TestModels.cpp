@@ -1,5 +1,6 @@
 #include "support/TestModels.h"
 
+#include <QDataStream>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -7,7 +8,6 @@
 
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <numbers>
 #include <random>
 #include <stdexcept>
@@ -16,12 +16,6 @@
 namespace orvanta::testing {
 
 namespace {
-
-void appendU32(QByteArray& out, quint32 v) {
-    char bytes[4];
-    std::memcpy(bytes, &v, 4); // GLB is little-endian, as is every machine we build for
-    out.append(bytes, 4);
-}
 
 QByteArray padded(QByteArray chunk, char pad) {
     while (chunk.size() % 4) chunk.append(pad);
@@ -136,15 +130,16 @@ QByteArray TestModels::glbWithNodes(int nodeCount) {
     };
     const QByteArray json = padded(QJsonDocument(gltf).toJson(QJsonDocument::Compact), ' ');
 
-    QByteArray glb("glTF");
-    appendU32(glb, 2);
-    appendU32(glb, static_cast<quint32>(12 + 8 + json.size() + 8 + bin.size()));
-    appendU32(glb, static_cast<quint32>(json.size()));
-    glb.append("JSON");
-    glb.append(json);
-    appendU32(glb, static_cast<quint32>(bin.size()));
-    glb.append("BIN\0", 4);
-    glb.append(bin);
+    QByteArray glb;
+    QDataStream out(&glb, QIODevice::WriteOnly);
+    out.setByteOrder(QDataStream::LittleEndian);
+    out.writeRawData("glTF", 4);
+    out << quint32(2) << quint32(12 + 8 + json.size() + 8 + bin.size()) << quint32(json.size());
+    out.writeRawData("JSON", 4);
+    out.writeRawData(json.constData(), int(json.size()));
+    out << quint32(bin.size());
+    out.writeRawData("BIN\0", 4);
+    out.writeRawData(bin.constData(), int(bin.size()));
     return glb;
 }
 

@@ -12,7 +12,6 @@ namespace orvanta::arsession::camera {
 namespace {
 
 using orvanta::testing::SyntheticCameraFrames;
-using orvanta::testing::SyntheticLook;
 
 // Pictures pushed by the test, straight to the tracker.
 class PushedSource final : public FrameSource {
@@ -49,14 +48,9 @@ struct CameraSession : testing::ClockedSession {
 
 const QMatrix4x4 truePose = SyntheticCameraFrames::lookingAt(0.55f, 55.0f, 20.0f, QVector3D(0.02f, 0, -0.03f));
 
-const SyntheticCameraFrames& cardInView() {
-    static const SyntheticCameraFrames frames(card, truePose, CameraSession::lens);
-    return frames;
-}
-
-const SyntheticCameraFrames& cardOutOfView() {
-    static const SyntheticCameraFrames frames(card, truePose, CameraSession::lens, SyntheticLook{.showCard = false});
-    return frames;
+const SyntheticCameraFrames& pictures(bool cardShown = true) {
+    static const SyntheticCameraFrames in(card, truePose, CameraSession::lens), out(card, truePose, CameraSession::lens, {.showCard = false});
+    return cardShown ? in : out;
 }
 
 // Pixel of the card's centre as the frame's camera sees it.
@@ -70,12 +64,12 @@ TEST(CameraBackendTest, TrackingFollowsTheCardAndTheTableStays) {
     CameraSession s(std::move(pushed));
     EXPECT_EQ(s.session->currentFrame(), nullptr); // not available before the first picture
 
-    s.show(source, cardOutOfView().frame(1));
+    s.show(source, pictures(false).frame(1));
     EXPECT_EQ(s.session->currentFrame()->camera.trackingState,
               TrackingState::limited(TrackingState::Reason::initializing));
     EXPECT_TRUE(s.session->currentFrame()->anchors.empty());
 
-    for (unsigned i = 2; i < 5; ++i) s.show(source, cardInView().frame(i));
+    for (unsigned i = 2; i < 5; ++i) s.show(source, pictures().frame(i));
     const ARFrame found = *s.session->currentFrame();
     EXPECT_TRUE(found.camera.trackingState.isNormal());
     EXPECT_EQ(found.camera.intrinsics, CameraSession::lens.intrinsics);
@@ -99,12 +93,12 @@ TEST(CameraBackendTest, TrackingFollowsTheCardAndTheTableStays) {
     }
 
     // Lost for a few pictures: limited, with the last pose and the table kept; found again: normal.
-    for (unsigned i = 5; i < 8; ++i) s.show(source, cardOutOfView().frame(i));
+    for (unsigned i = 5; i < 8; ++i) s.show(source, pictures(false).frame(i));
     const ARFrame lost = *s.session->currentFrame();
     EXPECT_EQ(lost.camera.trackingState, TrackingState::limited(TrackingState::Reason::insufficientFeatures));
     EXPECT_EQ(lost.camera.transform, found.camera.transform);
     EXPECT_EQ(lost.anchors, found.anchors);
-    s.show(source, cardInView().frame(8));
+    s.show(source, pictures().frame(8));
     EXPECT_TRUE(s.session->currentFrame()->camera.trackingState.isNormal());
 
     EXPECT_EQ(s.delegate->events, (std::vector<std::string>{"tracking limited(initializing)", "tracking normal", "add table",
@@ -122,12 +116,12 @@ TEST(CameraBackendTest, AFailingCameraInterruptsTheSession) {
     auto pushed = std::make_unique<PushedSource>();
     PushedSource& source = *pushed;
     CameraSession s(std::move(pushed));
-    s.show(source, cardInView().frame(1));
+    s.show(source, pictures().frame(1));
     source.fail();
     s.clock->advance(0.1);
-    s.show(source, cardOutOfView().frame(2));
+    s.show(source, pictures(false).frame(2));
     EXPECT_EQ(s.session->currentFrame()->camera.trackingState, TrackingState::limited(TrackingState::Reason::relocalizing));
-    s.show(source, cardInView().frame(3));
+    s.show(source, pictures().frame(3));
     EXPECT_EQ(s.delegate->events,
               (std::vector<std::string>{"tracking normal", "add table", "interrupted", "interruption ended",
                                         "tracking limited(relocalizing)", "tracking normal"}));
@@ -138,7 +132,7 @@ TEST(CameraBackendTest, AStillNoisyCameraGivesAStillPoseAndTheNewestPictureWins)
     FrameTracker::Result result;
     std::vector<QPointF> centres;
     for (unsigned i = 0; i < 60; ++i) {
-        tracker.takeFrame(cardInView().frame(100 + i), i / 30.0);
+        tracker.takeFrame(pictures().frame(100 + i), i / 30.0);
         tracker.waitUntilIdle();
         ASSERT_TRUE(tracker.latest(result));
         ASSERT_TRUE(result.found);
@@ -152,7 +146,7 @@ TEST(CameraBackendTest, AStillNoisyCameraGivesAStillPoseAndTheNewestPictureWins)
     EXPECT_LT(std::sqrt(squares / double(centres.size())), 0.5);
 
     // Pictures handed over faster than they are tracked: each is tracked or counted as dropped.
-    for (unsigned i = 0; i < 10; ++i) tracker.takeFrame(cardInView().frame(200 + i), 2.0 + i / 30.0);
+    for (unsigned i = 0; i < 10; ++i) tracker.takeFrame(pictures().frame(200 + i), 2.0 + i / 30.0);
     tracker.waitUntilIdle();
     ASSERT_TRUE(tracker.latest(result));
     EXPECT_EQ(result.sequence - 60 + tracker.droppedFrames(), 10u); // how many are dropped depends on the worker's pace

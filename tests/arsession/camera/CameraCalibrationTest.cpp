@@ -1,7 +1,7 @@
 // Calibration files in OpenCV's YAML, the default lens, and scaling to another picture size.
 #include "arsession/camera/CameraCalibration.h"
+#include "support/TestModels.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -12,26 +12,14 @@ constexpr const char* laptopYaml = R"(%YAML:1.0
 ---
 image_width: 1280
 image_height: 720
-camera_matrix: !!opencv-matrix
-   rows: 3
-   cols: 3
-   dt: d
-   data: [ 912.5, 0., 641.25, 0., 910.75, 352.5, 0., 0., 1. ]
-distortion_coefficients: !!opencv-matrix
-   rows: 1
-   cols: 5
-   dt: d
-   data: [ 0.11, -0.23, 0.001, -0.002, 0.09 ]
+camera_matrix: !!opencv-matrix {rows: 3, cols: 3, dt: d, data: [912.5, 0., 641.25, 0., 910.75, 352.5, 0., 0., 1.]}
+distortion_coefficients: !!opencv-matrix {rows: 1, cols: 5, dt: d, data: [0.11, -0.23, 0.001, -0.002, 0.09]}
 )";
 
 struct YamlFile {
     QTemporaryDir dir;
     QString path = dir.filePath("lens.yml");
-    explicit YamlFile(const QByteArray& text) {
-        QFile file(path);
-        file.open(QIODevice::WriteOnly);
-        file.write(text);
-    }
+    explicit YamlFile(const QByteArray& text) { orvanta::testing::TestModels::write(path.toStdString(), text); }
 };
 
 TEST(CameraCalibrationTest, ReadsOpenCvYamlAndScalesToOtherPictureSizes) {
@@ -59,7 +47,7 @@ TEST(CameraCalibrationTest, BadFilesNameTheProblem) {
     QByteArray noMatrix = laptopYaml;
     noMatrix.replace("camera_matrix", "camera_matrices");
     QByteArray sixCoefficients = laptopYaml;
-    sixCoefficients.replace("cols: 5", "cols: 6").replace("0.09 ]", "0.09, 0.1 ]");
+    sixCoefficients.replace("cols: 5", "cols: 6").replace("0.09]", "0.09, 0.1]");
     QByteArray noWidth = laptopYaml;
     noWidth.replace("image_width: 1280", "");
     const std::pair<QByteArray, const char*> cases[] = {

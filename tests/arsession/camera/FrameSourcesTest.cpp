@@ -6,6 +6,7 @@
 #include "arsession/camera/VideoFileSource.h"
 #include "support/EventLoopWait.h"
 #include "support/SyntheticCameraFrames.h"
+#include "support/TestModels.h"
 #include "VideoFileWriting.h"
 
 #include <QTemporaryDir>
@@ -86,16 +87,14 @@ TEST(FrameSourcesTest, AFolderPlaysItsPicturesInNumericOrderOnce) {
     EXPECT_EQ(sink.marks, (std::vector<int>{1, 2, 10}));
 
     // A picture that cannot be read is a failure; a folder without pictures an error.
-    QFile broken(dir.filePath("frame11.png"));
-    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
-    broken.write("not a picture");
-    broken.close();
-    PictureFolderSource withBroken(QStringList{broken.fileName()}, 10.0);
+    const QString broken = dir.filePath("frame11.png");
+    orvanta::testing::TestModels::write(broken.toStdString(), "not a picture");
+    PictureFolderSource withBroken(QStringList{broken}, 10.0);
     CollectingSink failing;
     withBroken.start(failing);
     withBroken.advance(0.0);
     failing.waitFor(1);
-    EXPECT_EQ(failing.failures, std::vector<std::string>{"Picture " + broken.fileName().toStdString() + " cannot be read"});
+    EXPECT_EQ(failing.failures, std::vector<std::string>{"Picture " + broken.toStdString() + " cannot be read"});
     QTemporaryDir empty;
     const auto none = PictureFolderSource::open(empty.path(), 10.0);
     ASSERT_FALSE(none);
