@@ -1,5 +1,7 @@
 #include "render/Viewport.h"
 
+#include "render/SoftwareRasteriserHeap.h"
+
 #include <QQmlParserStatus>
 #include <QtQuick/private/qquickrectangle_p.h>
 #include <QtQuick3D/private/qquick3dperspectivecamera_p.h>
@@ -9,6 +11,7 @@
 namespace orvanta::render {
 
 Viewport Viewport::make(QQuickItem* parent, const QColor& background, QQuick3DCamera* camera) {
+    SoftwareRasteriserHeap::keepFreedMemory();
     // The background: a plain rectangle under every other child of `parent`, sized with it.
     auto* backdrop = new QQuickRectangle(parent);
     backdrop->setColor(background);
