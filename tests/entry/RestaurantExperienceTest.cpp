@@ -89,7 +89,6 @@ protected:
 // The menu fills on appearance, the client id rides along unread; a click opens a dish, keys
 // bring the guest back and open the next one.
 TEST_F(RestaurantExperienceTest, TheMenuFillsAClickOpensTheDishAndEscapeComesBack) {
-    EXPECT_EQ(&RestaurantSDK::shared(), &RestaurantSDK::shared());
     const OrvantaARParam param("client-7", fourDishes());
     auto& view = view_ = RestaurantSDK::shared().makeRestaurantView(param.restaurant(), param.clientId());
     auto* container = qobject_cast<ContentViewContainer*>(view->container());

@@ -91,13 +91,5 @@ TEST_F(Hierarchy, ReparentingKeepsLocalOrWorldTransform) {
     expectNear(child->position(nullptr), {-3, -10, -2});
 }
 
-TEST(EntityTest, TransformSplitsMatricesBackIntoItsParts) {
-    const Transform original({0.5f, 2, 3}, QQuaternion::fromEulerAngles(10, 20, 30), {1, -2, 3});
-    const Transform split = Transform::fromMatrix(original.matrix());
-    expectNear(split.scale, original.scale);
-    expectNear(split.translation, original.translation);
-    expectSameRotation(split.rotation, original.rotation);
-}
-
 } // namespace
 } // namespace orvanta::reality

@@ -8,12 +8,7 @@ namespace orvanta::reality {
 namespace {
 
 import::ImportedMesh triangle(const std::string& name, float size, std::vector<import::ImportedSubset> subsets) {
-    import::ImportedMesh mesh;
-    mesh.name = name;
-    mesh.positions = {{0, 0, 0}, {size, 0, 0}, {0, size, 0}};
-    mesh.indices = {0, 1, 2};
-    mesh.subsets = std::move(subsets);
-    return mesh;
+    return {.name = name, .positions = {{0, 0, 0}, {size, 0, 0}, {0, size, 0}}, .indices = {0, 1, 2}, .subsets = std::move(subsets)};
 }
 
 // root ─┬─ "plate" (mesh 0, moved and turned)
@@ -21,24 +16,17 @@ import::ImportedMesh triangle(const std::string& name, float size, std::vector<i
 std::shared_ptr<const import::ImportedScene> sampleScene() {
     auto scene = std::make_shared<import::ImportedScene>();
     scene->textures.push_back({"albedo.png", QByteArray("png bytes"), nullptr});
-    import::ImportedMaterial glaze;
-    glaze.name = "glaze";
-    glaze.baseColorFactor = {0.5f, 0.25f, 1.0f, 1.0f};
-    glaze.baseColorTexture = import::ImportedTextureRef{0};
-    glaze.roughness = 0.2f;
-    scene->materials.push_back(glaze);
+    scene->materials.push_back({.name = "glaze", .baseColorFactor = {0.5f, 0.25f, 1.0f, 1.0f},
+                                .baseColorTexture = import::ImportedTextureRef{0}, .roughness = 0.2f});
     scene->meshes.push_back(triangle("plateMesh", 1.0f, {{0, 3, 0}}));
     scene->meshes.push_back(triangle("cupMesh", 0.5f, {{0, 3, -1}}));
 
-    scene->nodes.resize(4);
-    scene->nodes[0] = {"root", QMatrix4x4(), -1, {1, 2}, {}};
     QMatrix4x4 plate;
     plate.translate(0, 0.1f, 0);
     plate.rotate(90, 0, 1, 0);
     plate.scale(2);
-    scene->nodes[1] = {"plate", plate, 0, {}, {0}};
-    scene->nodes[2] = {"cup", QMatrix4x4(), 0, {3}, {0, 1}};
-    scene->nodes[3] = {"handle", QMatrix4x4(), 2, {}, {}};
+    scene->nodes = {{"root", QMatrix4x4(), -1, {1, 2}, {}}, {"plate", plate, 0, {}, {0}},
+                    {"cup", QMatrix4x4(), 0, {3}, {0, 1}}, {"handle", QMatrix4x4(), 2, {}, {}}};
     return scene;
 }
 
