@@ -80,7 +80,6 @@ lines"""
 }
 )");
     const auto* points = &field<FloatArray>(layer, "/M.points", "default");
-    ASSERT_NE(points, nullptr);
     EXPECT_EQ(points->width, 3);
     EXPECT_EQ(points->values, (std::vector<float>{0, 1, 2, 3.5f, -400, 0.5f}));
     EXPECT_EQ(field<Token>(layer, "/M.points", "typeName").text, "point3f[]");
@@ -135,7 +134,6 @@ def "A" (
 }
 )");
     const auto* refs = &field<ReferenceArray>(layer, "/A", "references");
-    ASSERT_NE(refs, nullptr);
     ASSERT_EQ(refs->size(), 3u);
     EXPECT_EQ((*refs)[0].assetPath, "first.usda");
     EXPECT_EQ((*refs)[1].assetPath, "./base.usda");

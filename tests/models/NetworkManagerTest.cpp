@@ -1,7 +1,6 @@
 #include "ModelsFixture.h"
 
 #include <OrvantaARFoodSDK/DrawingBudget.h>
-#include "support/Corpus.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -264,23 +263,6 @@ TEST_F(NetworkManagerLoaders, EveryOwnErrorHasItsDomainCodeAndMessage) {
     expectError(notScene.error, "SceneKitError", 500, "Unable to create a SceneSource from the file.");
     expectError(noScene.error, "SceneKitError", 500, "Unable to load a scene from the SceneSource.");
     EXPECT_TRUE(log_.lines().empty());
-}
-
-TEST_F(NetworkManagerLoaders, UsdzDishLoadsEndToEndInBothModes) {
-    ORVANTA_CORPUS_FILE(usdz, "usdz/USDLogo.usdz");
-    QFile file(QString::fromStdString(usdz.string()));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    server_.route("/dishes/logo.usdz", {.body = file.readAll()});
-
-    const auto entity = awaitOutcome(network_->loadModel(server_.url("/dishes/logo.usdz")));
-    ASSERT_TRUE(entity.value.has_value()) << entity.error->description();
-    EXPECT_FALSE((*entity.value)->children().empty());
-
-    const auto node = awaitOutcome(network_->loadSceneKitModel(server_.url("/dishes/logo.usdz")));
-    ASSERT_TRUE(node.value.has_value()) << node.error->description();
-    EXPECT_FALSE((*node.value)->childNodes().empty());
-    EXPECT_FALSE((*node.value)->boundingBox().empty);
-    EXPECT_EQ(server_.requestCount(), 1);
 }
 
 TEST_F(NetworkManagerLoaders, InstancedSeedsLoadAsInstancesAndABudgetBeyondThemRefusesThemInBothModes) {

@@ -55,6 +55,7 @@ TEST_F(Hierarchy, SettersRelativeToWorldPlaceTheEntityThere) {
     QMatrix4x4 target;
     target.translate(3, 4, 5);
     target.rotate(45, 0, 0, 1);
+    target.scale(0.5f, 2, 3);
     child->setTransformMatrix(target, nullptr);
     const QMatrix4x4 world = child->worldTransformMatrix();
     for (int i = 0; i < 16; ++i) EXPECT_NEAR(world.constData()[i], target.constData()[i], 1e-5f) << "element " << i;
