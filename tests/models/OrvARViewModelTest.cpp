@@ -30,7 +30,7 @@ TEST_F(OrvARViewModelLoads, SceneLoadReportsItsProgressAndClearsLoadingBeforePub
     model->loadScnModel(server_.url("/soup.glb"));
     ASSERT_TRUE(main_->runUntil([&] {
         QCoreApplication::processEvents();
-        return model->scnModel() != nullptr;
+        return model->scnModel() != nullptr && log_.lines().size() == 3;
     }));
     EXPECT_EQ(order, (std::vector<std::string>{"loading", "idle", "scnModel"}));
     EXPECT_EQ(log_.lines(), (std::vector<std::string>{"Downloaded and saved model to: " + cachePath("soup.glb"),
