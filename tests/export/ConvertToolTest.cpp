@@ -70,19 +70,11 @@ TEST_F(ConvertToolTest, AReferencedLayersMaterialsCarryOverOneForOne) {
 ( defaultPrim = "Plate" )
 def Xform "Plate" {
     def Mesh "Surface" ( prepend apiSchemas = ["MaterialBindingAPI"] ) {
-        point3f[] points = [(0, 0, 0), (1, 0, 0), (0, 1, 0), (1, 1, 0)]
-        int[] faceVertexCounts = [3, 3]
-        int[] faceVertexIndices = [0, 1, 2, 2, 1, 3]
-        rel material:binding = </Plate/Glaze>
+        point3f[] points = [(0, 0, 0), (1, 0, 0), (0, 1, 0), (1, 1, 0)] int[] faceVertexCounts = [3, 3]
+        int[] faceVertexIndices = [0, 1, 2, 2, 1, 3] rel material:binding = </Plate/Glaze>
     }
-    def Material "Glaze" {
-        token outputs:surface.connect = </Plate/Glaze/Surface.outputs:surface>
-        def Shader "Surface" {
-            uniform token info:id = "UsdPreviewSurface"
-            color3f inputs:diffuseColor = (0.8, 0.1, 0.1)
-            token outputs:surface
-        }
-    }
+    def Material "Glaze" { token outputs:surface.connect = </Plate/Glaze/Surface.outputs:surface>
+        def Shader "Surface" { uniform token info:id = "UsdPreviewSurface" color3f inputs:diffuseColor = (0.8, 0.1, 0.1) } }
 }
 )");
     const std::vector<std::uint8_t> bytes = zip.build();

@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <QBuffer>
-#include <QImage>
 
 namespace orvanta::exporter {
 namespace {
@@ -80,12 +79,12 @@ ImportedScene everyMaterialInput() {
     return scene;
 }
 
-const ImportedMaterial& named(const ImportedScene& scene, const std::string& name) {
-    for (const ImportedMaterial& m : scene.materials)
-        if (m.name == name) return m;
-    ADD_FAILURE() << "no material " << name;
+// The material called `name`; a failure, and an empty material, when there is none.
+const ImportedMaterial& material(const ImportedScene& scene, const std::string& name) {
     static const ImportedMaterial none;
-    return none;
+    const ImportedMaterial* found = named(scene.materials, name);
+    EXPECT_NE(found, nullptr) << "no material " << name;
+    return found ? *found : none;
 }
 
 class UsdzWriterLayers : public ::testing::TestWithParam<UsdzWriter::Layer> {};
@@ -95,7 +94,7 @@ TEST_P(UsdzWriterLayers, EveryMaterialInputReadsBackEqual) {
     const ImportedScene back = readBack(written(scene, GetParam()));
     ASSERT_EQ(back.materials.size(), 2u);
 
-    const ImportedMaterial& constants = named(back, "Constants");
+    const ImportedMaterial& constants = material(back, "Constants");
     EXPECT_EQ(constants.baseColorFactor, scene.materials[0].baseColorFactor);
     EXPECT_EQ(constants.emissiveFactor, scene.materials[0].emissiveFactor);
     EXPECT_FLOAT_EQ(constants.metallic, 0.8f);
@@ -105,7 +104,7 @@ TEST_P(UsdzWriterLayers, EveryMaterialInputReadsBackEqual) {
     EXPECT_FLOAT_EQ(constants.alphaCutoff, 0.35f);
 
     const ImportedMaterial& expected = scene.materials[1];
-    const ImportedMaterial& textured = named(back, "Textured");
+    const ImportedMaterial& textured = material(back, "Textured");
     EXPECT_EQ(textured.alphaMode, AlphaMode::blend);
     const std::pair<const char*, std::optional<ImportedTextureRef> ImportedMaterial::*> inputs[] = {
         {"base colour", &ImportedMaterial::baseColorTexture}, {"emissive", &ImportedMaterial::emissiveTexture},
@@ -168,7 +167,7 @@ TEST(UsdzWriterTest, FactorsBesideTexturesFoldIntoTheTextureScale) {
     m.unlit = true;
     std::vector<std::string> notes;
     const ImportedScene back = readBack(written(scene, UsdzWriter::Layer::crate, &notes));
-    const ImportedMaterial& t = named(back, "Textured");
+    const ImportedMaterial& t = material(back, "Textured");
     EXPECT_EQ(t.baseColorFactor, QVector4D(1, 1, 1, 1));
     EXPECT_EQ(t.baseColorTexture->scale, QVector4D(0.5f, 0.25f, 1.0f, 1.0f));
     EXPECT_EQ(t.roughnessTexture->scale, QVector4D(0.5f, 0.5f, 0.5f, 0.5f));

@@ -2,8 +2,6 @@
 #include "focus/FocusIndicatorDelegate.h"
 #include "focus/Matrix4x4Extensions.h"
 
-#include "arsession/ARSession.h"
-#include "arsession/SimulatedWorld.h"
 #include "core/Dispatch.h"
 #include "core/ManualScheduler.h"
 #include "reality/ARView.h"

@@ -149,21 +149,10 @@ inline void expectCounts(const ImportedScene& scene, const CorpusCounts& expecte
     for (const ImportedTexture& texture : scene.textures) EXPECT_FALSE(texture.decode().isNull()) << texture.uri;
 }
 
-inline const ImportedMesh* meshNamed(const ImportedScene& scene, const std::string& name) {
-    for (const ImportedMesh& mesh : scene.meshes)
-        if (mesh.name == name) return &mesh;
-    return nullptr;
-}
-
-inline const ImportedNode* nodeNamed(const ImportedScene& scene, const std::string& name) {
-    for (const ImportedNode& node : scene.nodes)
-        if (node.name == name) return &node;
-    return nullptr;
-}
-
-inline const ImportedMaterial* materialNamed(const ImportedScene& scene, const std::string& name) {
-    for (const ImportedMaterial& material : scene.materials)
-        if (material.name == name) return &material;
+// The first of `items` (a scene's meshes, nodes or materials) called `name`, or null.
+template <class T> const T* named(const std::vector<T>& items, const std::string& name) {
+    for (const T& item : items)
+        if (item.name == name) return &item;
     return nullptr;
 }
 

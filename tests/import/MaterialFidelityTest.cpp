@@ -9,7 +9,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <cmath>
 #include <cstring>
 
 namespace orvanta::import {
@@ -32,8 +31,8 @@ def Material "Glass" {
     def Shader "Surface" { uniform token info:id = "UsdPreviewSurface" float inputs:opacity = 0.3 }
 }
 )"));
-    ASSERT_NE(materialNamed(scene, "Plain"), nullptr);
-    const ImportedMaterial& plain = *materialNamed(scene, "Plain");
+    ASSERT_NE(named(scene.materials, "Plain"), nullptr);
+    const ImportedMaterial& plain = *named(scene.materials, "Plain");
     EXPECT_EQ(plain.baseColorFactor, QVector4D(0.25f, 0.5f, 0.75f, 1.0f));
     EXPECT_EQ(plain.emissiveFactor, QVector3D(0.1f, 0.2f, 0.3f));
     EXPECT_FLOAT_EQ(plain.metallic, 0.9f);
@@ -41,9 +40,9 @@ def Material "Glass" {
     EXPECT_FLOAT_EQ(plain.opacity, 0.8f);
     EXPECT_EQ(plain.alphaMode, AlphaMode::mask);
     EXPECT_FLOAT_EQ(plain.alphaCutoff, 0.4f);
-    ASSERT_NE(materialNamed(scene, "Glass"), nullptr);
-    EXPECT_EQ(materialNamed(scene, "Glass")->alphaMode, AlphaMode::blend);
-    EXPECT_EQ(materialNamed(scene, "Glass")->baseColorFactor.w(), 1.0f);  // the opacity is not folded into the colour
+    ASSERT_NE(named(scene.materials, "Glass"), nullptr);
+    EXPECT_EQ(named(scene.materials, "Glass")->alphaMode, AlphaMode::blend);
+    EXPECT_EQ(named(scene.materials, "Glass")->baseColorFactor.w(), 1.0f);  // the opacity is not folded into the colour
 }
 
 TEST(MaterialFidelityTest, DisplayColorFollowsEachInterpolationUnlessAMaterialIsBound) {
@@ -79,11 +78,11 @@ def Material "Red" {}
         {"Bound", {}},
     };
     for (const auto& [name, colors] : cases) {
-        ASSERT_NE(meshNamed(scene, name), nullptr) << name;
-        EXPECT_EQ(meshNamed(scene, name)->colors, colors) << name;
+        ASSERT_NE(named(scene.meshes, name), nullptr) << name;
+        EXPECT_EQ(named(scene.meshes, name)->colors, colors) << name;
     }
-    EXPECT_TRUE(meshNamed(scene, "Bound")->doubleSided);
-    EXPECT_FALSE(meshNamed(scene, "Vertex")->doubleSided);
+    EXPECT_TRUE(named(scene.meshes, "Bound")->doubleSided);
+    EXPECT_FALSE(named(scene.meshes, "Vertex")->doubleSided);
 }
 
 // One triangle with two UV sets, colours and tangents, and a material using every
@@ -133,8 +132,8 @@ QByteArray gltfWithEveryMaterialFact() {
 TEST(MaterialFidelityTest, GltfMaterialExtensionsAndVertexStreamsArrive) {
     const ImportedScene scene = importOk(importGltf(gltfWithEveryMaterialFact()));
     ASSERT_EQ(scene.materials.size(), 2u);
-    ASSERT_NE(materialNamed(scene, "everything"), nullptr);
-    const ImportedMaterial& m = *materialNamed(scene, "everything");
+    ASSERT_NE(named(scene.materials, "everything"), nullptr);
+    const ImportedMaterial& m = *named(scene.materials, "everything");
     EXPECT_EQ(m.baseColorFactor, QVector4D(0.5f, 0.5f, 0.5f, 0.6f));
     EXPECT_FLOAT_EQ(m.opacity, 1.0f);
     EXPECT_FLOAT_EQ(m.metallic, 0.3f);
@@ -186,9 +185,9 @@ TEST(MaterialFidelityTest, GltfMaterialExtensionsAndVertexStreamsArrive) {
     expectNear(t.scale, {2, 3});
     expectNear(t.offset, {-2.75f, 0.5f});
 
-    ASSERT_NE(materialNamed(scene, "flat"), nullptr);
-    EXPECT_TRUE(materialNamed(scene, "flat")->unlit);
-    EXPECT_EQ(materialNamed(scene, "flat")->alphaMode, AlphaMode::blend);
+    ASSERT_NE(named(scene.materials, "flat"), nullptr);
+    EXPECT_TRUE(named(scene.materials, "flat")->unlit);
+    EXPECT_EQ(named(scene.materials, "flat")->alphaMode, AlphaMode::blend);
 
     const ImportedMesh& mesh = scene.meshes.at(0);
     ASSERT_EQ(mesh.texCoords1.size(), 3u);
