@@ -57,33 +57,30 @@ TEST(ARCameraTest, ARealLensProjectsThroughTheAspectFillOfItsPicture) {
     // Where the picture shows it, in OpenCV pixel coordinates.
     const QPointF pixel(660.0 + 1000.0 * 0.3 / 2.0, 340.0 - 1010.0 * 0.1 / 2.0);
 
-    struct Case {
-        QSizeF view;
-        QRectF visible; // image coordinates, corner-based
-    };
-    const Case cases[] = {
+    // Each view and the part of the picture it shows, in corner-based image coordinates.
+    const std::pair<QSizeF, QRectF> cases[] = {
         {QSizeF(1280, 720), QRectF(0, 0, 1280, 720)},    // same shape, same size
         {QSizeF(640, 360), QRectF(0, 0, 1280, 720)},     // same shape, half size
         {QSizeF(720, 720), QRectF(280, 0, 720, 720)},    // square: the sides are cropped
         {QSizeF(1280, 400), QRectF(0, 160, 1280, 400)},  // wider: top and bottom are cropped
         {QSizeF(600, 1000), QRectF(424, 0, 432, 720)},   // portrait
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.view.width() << "x" << c.view.height());
-        const QRectF visible = camera.visibleImageRect(c.view);
-        expectNear(visible.topLeft(), c.visible.topLeft(), 0.5);
-        expectNear(visible.bottomRight(), c.visible.bottomRight(), 0.5);
+    for (const auto& [view, shown] : cases) {
+        SCOPED_TRACE(::testing::Message() << view.width() << "x" << view.height());
+        const QRectF visible = camera.visibleImageRect(view);
+        expectNear(visible.topLeft(), shown.topLeft(), 0.5);
+        expectNear(visible.bottomRight(), shown.bottomRight(), 0.5);
 
         // The view point is the picture's pixel seen through the visible rectangle (a pixel
         // centre lies half a pixel inside the picture's corner).
-        const double scale = c.view.width() / visible.width();
+        const double scale = view.width() / visible.width();
         const QPointF expected((pixel.x() + 0.5 - visible.x()) * scale, (pixel.y() + 0.5 - visible.y()) * scale);
-        const auto projected = camera.projectPoint(world, c.view);
+        const auto projected = camera.projectPoint(world, view);
         ASSERT_TRUE(projected);
         expectNear(*projected, expected, 1e-3);
-        expectNear(ndcToView(camera.projectionMatrix(c.view).map(QVector4D(camera.transform.inverted().map(world), 1)), c.view),
+        expectNear(ndcToView(camera.projectionMatrix(view).map(QVector4D(camera.transform.inverted().map(world), 1)), view),
                    expected, 1e-3);
-        const Ray ray = camera.ray(expected, c.view);
+        const Ray ray = camera.ray(expected, view);
         EXPECT_NEAR((ray.direction - (world - camera.position()).normalized()).length(), 0.0f, 1e-5f);
     }
     // Points behind the camera do not project, with or without a lens.

@@ -18,7 +18,7 @@ ARRaycastQuery downAt(float x, float z, Target target, Alignment alignment = Ali
     return ARRaycastQuery(QVector3D(x, 2.0f, z), QVector3D(0, -1, 0), target, alignment);
 }
 
-TEST(SimulatedWorldTest, PlanesAppearAfterTheirDelayAndGrowToFullSize) {
+TEST(SimulatedWorldTest, PlanesAppearAfterTheirDelayAndGrowToFullSizeAndTheWallOnlyWhenAskedFor) {
     ClockedSession s;
     s.session->run(ClockedSession::horizontalPlanes());
     s.clock->advance(1.65); // tracking normal at 1.2 s; the table shows 0.5 s later
@@ -41,19 +41,15 @@ TEST(SimulatedWorldTest, PlanesAppearAfterTheirDelayAndGrowToFullSize) {
     EXPECT_EQ(later.anchors.size(), 2u);
     EXPECT_EQ((std::vector<std::string>(s.delegate->events.end() - 2, s.delegate->events.end())),
               (std::vector<std::string>{"add table", "add floor"}));
-}
 
-TEST(SimulatedWorldTest, VerticalDetectionFindsTheWall) {
-    ClockedSession s;
-    ARWorldTrackingConfiguration configuration;
-    configuration.planeDetection = ARWorldTrackingConfiguration::horizontal | ARWorldTrackingConfiguration::vertical;
-    s.session->run(configuration);
+    // Asked for, the wall is found, its anchor's y axis the wall's normal facing into the room.
+    ARWorldTrackingConfiguration both = ClockedSession::horizontalPlanes();
+    both.planeDetection |= ARWorldTrackingConfiguration::vertical;
+    s.session->run(both);
     s.clock->advance(6.0);
-    const auto& anchors = s.session->currentFrame()->anchors;
-    ASSERT_EQ(anchors.size(), 3u);
-    const ARPlaneAnchor& wall = anchors[2];
+    ASSERT_EQ(s.session->currentFrame()->anchors.size(), 3u);
+    const ARPlaneAnchor& wall = s.session->currentFrame()->anchors[2];
     EXPECT_EQ(wall.alignment, ARPlaneAnchor::Alignment::vertical);
-    // The anchor's y axis is the wall's normal, facing into the room.
     EXPECT_TRUE(qFuzzyCompare(wall.transform.mapVector(QVector3D(0, 1, 0)), QVector3D(0, 0, 1)));
 }
 

@@ -3,7 +3,6 @@
 #include <QCoreApplication>
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <future>
 
 using namespace orvanta::core;

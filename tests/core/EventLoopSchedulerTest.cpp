@@ -1,4 +1,7 @@
+// The worker-thread queue and the manual queue the tests drive: order, delayed and repeating
+// tasks, and work queued from another thread.
 #include "core/EventLoopScheduler.h"
+#include "core/ManualScheduler.h"
 
 #include <gtest/gtest.h>
 
@@ -76,4 +79,34 @@ TEST(EventLoopScheduler, ReleasingTheLastReferenceFromItsOwnTaskEndsTheThreadCle
         reports.add("released");
     });
     EXPECT_EQ(reports.await(2), (std::vector<std::string>{"released", "finished"}));
+}
+
+// Due order, arrival order among equal due times, each task seeing the clock at its due time,
+// and a repeating timer firing once per elapsed interval until invalidated.
+TEST(ManualScheduler, RunsDelayedAndRepeatingTasksInDueOrderAsTheClockAdvances) {
+    ManualScheduler queue;
+    std::vector<double> ran;
+    int fired = 0;
+    auto timer = queue.scheduleRepeating(2.0, [&] { ++fired; });
+    queue.asyncAfter(5.0, [&] { ran.push_back(5); });
+    queue.asyncAfter(1.0, [&] { ran.push_back(queue.now()); });
+    queue.async([&] { ran.push_back(0); });
+    queue.asyncAfter(1.0, [&] { ran.push_back(2); });
+    queue.advance(4.999);
+    EXPECT_EQ(ran, (std::vector<double>{0, 1, 2}));
+    queue.advance(0.001);
+    EXPECT_EQ(ran, (std::vector<double>{0, 1, 2, 5}));
+    EXPECT_DOUBLE_EQ(queue.now(), 5.0);
+    EXPECT_EQ(fired, 2);
+    timer.invalidate();
+    queue.advance(20);
+    EXPECT_EQ(fired, 2);
+}
+
+TEST(ManualScheduler, RunUntilWaitsForWorkQueuedFromAnotherThread) {
+    ManualScheduler queue;
+    bool done = false;
+    std::thread worker([&] { queue.async([&] { done = queue.isCurrent(); }); });
+    EXPECT_TRUE(queue.runUntil([&] { return done; }));
+    worker.join();
 }

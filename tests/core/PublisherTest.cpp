@@ -1,6 +1,8 @@
+#include "core/CancellationToken.h"
 #include "core/Future.h"
 #include "core/ManualScheduler.h"
 #include "core/Publisher.h"
+#include "core/Result.h"
 
 #include <gtest/gtest.h>
 
@@ -98,4 +100,30 @@ TEST(Future, RunsOnceAtCreationAndReplaysTheOutcome) {
     EXPECT_EQ(early.events, (Events{"value:5", "finished"}));
     EXPECT_EQ(late.events, early.events);
     EXPECT_EQ(runs, 1);
+}
+
+TEST(CancellationToken, ActionsRunOnceWhetherRegisteredBeforeOrAfterTheCancel) {
+    CancellationToken token;
+    int before = 0, after = 0;
+    token.onCancel([&] { ++before; });
+    EXPECT_EQ(before, 0);
+    token.cancel();
+    token.cancel();
+    EXPECT_EQ(before, 1);
+    EXPECT_TRUE(token.isCancelled());
+    token.onCancel([&] { ++after; }); // too late to wait for a cancel: runs at once
+    EXPECT_EQ(after, 1);
+    token.cancel();
+    EXPECT_EQ(before + after, 2);
+}
+
+// Reading the side a result does not hold is a broken contract, not an expected failure:
+// the test build keeps assertions on, so it must stop the process.
+TEST(ResultDeathTest, ReadingTheMissingSideIsFatal) {
+    const Result<int> failed(Error("Test", 1, "no value"));
+    const Result<int> succeeded(3);
+    EXPECT_DEATH((void)failed.value(), "ok\\(\\)");
+    EXPECT_DEATH((void)succeeded.error(), "!ok\\(\\)");
+    EXPECT_EQ(succeeded.value(), 3);
+    EXPECT_EQ(failed.error().code(), 1);
 }

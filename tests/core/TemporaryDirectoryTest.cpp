@@ -1,5 +1,8 @@
+// The kit's private temporary folder, and the URLs it and the downloads are named by.
 #include "core/TemporaryDirectory.h"
+#include "core/Url.h"
 #include "support/ScopedTmpdir.h"
+#include "support/TestModels.h"
 
 #include <QDir>
 #include <QFile>
@@ -62,11 +65,7 @@ TEST(TemporaryDirectory, TheKitsFolderFollowsTmpdir) {
 TEST(TemporaryDirectory, ClearingEmptiesTheKitsFolderAndLeavesEverythingBesideIt) {
     QTemporaryDir shared, elsewhere;
     ScopedTmpdir tmpdir(shared.path());
-    const auto write = [](const QString& path) {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
-        file.write("someone's");
-    };
+    const auto write = [](const QString& path) { orvanta::testing::TestModels::write(path.toStdString(), "someone's"); };
     // Other people's files in the shared temporary directory, and one the kit's folder links to.
     ASSERT_TRUE(QDir(shared.path()).mkdir("project"));
     for (const char* name : {"notes.txt", ".hidden", "project/draft.glb"}) write(shared.filePath(name));
@@ -105,4 +104,29 @@ TEST(TemporaryDirectory, APlantedOrSharedDirectoryIsRefused) {
     ASSERT_EQ(::mkdir(path.c_str(), 0700), 0);
     ASSERT_EQ(::chown(path.c_str(), 65534, 65534), 0);
     expectOutcome(TemporaryDirectory::privateDirectoryUnder(base), "", "belongs to another user (uid 65534)");
+}
+
+TEST(Url, RejectsEmptyAndMalformedText) {
+    EXPECT_FALSE(Url::fromString(""));
+    EXPECT_FALSE(Url::fromString("http://[::1"));
+    EXPECT_FALSE(Url::fromString("http://exa mple.com/a.usdz"));
+    EXPECT_TRUE(Url::fromString("https://cdn.example.com/dishes/pasta.usdz"));
+    EXPECT_TRUE(Url::fromString("pasta.usdz")); // relative references are URLs too
+}
+
+TEST(Url, LastPathComponentIgnoresQueryAndFragmentAndDecodes) {
+    EXPECT_EQ(Url::fromString("https://h/a/b/pasta.usdz?v=2#top")->lastPathComponent(), "pasta.usdz");
+    EXPECT_EQ(Url::fromString("https://h/a/tomato%20soup.usdz")->lastPathComponent(), "tomato soup.usdz");
+    EXPECT_EQ(Url::fromString("https://h/a/dir/")->lastPathComponent(), "dir");
+    EXPECT_EQ(Url::fromString("https://h/")->lastPathComponent(), "/");
+    EXPECT_EQ(Url::fromString("https://h")->lastPathComponent(), "");
+    EXPECT_EQ(Url::fromString("https://h/a/..%2Fescape")->lastPathComponent(), "../escape");
+}
+
+TEST(Url, FileUrlsRoundTripTheirPath) {
+    const Url file = Url::fileUrl("/tmp/dir with space/x.usdz");
+    EXPECT_TRUE(file.isFileUrl());
+    EXPECT_EQ(file.path(), "/tmp/dir with space/x.usdz");
+    EXPECT_EQ(Url::fileUrl("/tmp").appendingPathComponent("a b.usdz").path(), "/tmp/a b.usdz");
+    EXPECT_FALSE(Url::fromString("https://h/x.usdz")->isFileUrl());
 }

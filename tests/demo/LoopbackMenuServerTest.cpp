@@ -1,22 +1,16 @@
 // The demo's loopback server as the kit meets it: files reach the kit's HTTP client byte for
 // byte with their length and type, slow mode still delivers whole files, and the failing
-// file makes the client and the model loader report a lost connection.
+// file makes the client report a lost connection.
 #include "LoopbackMenuServer.h"
-#include "models/NetworkManager.h"
-#include "net/HttpClient.h"
+#include "support/ClientDownload.h"
 #include "support/EventLoopWait.h"
-#include "support/ScopedTmpdir.h"
 #include "support/TestModels.h"
 
-#include <QFile>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <mutex>
-#include <optional>
 
 using namespace orvanta;
 using namespace orvanta::demo;
@@ -38,40 +32,10 @@ protected:
         ASSERT_TRUE(started.ok()) << started.error().localizedDescription();
     }
 
-    void put(const QString& name, const QByteArray& bytes) {
-        QFile file(folder_.filePath(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-    }
+    void put(const QString& name, const QByteArray& bytes) { TestModels::write(folder_.filePath(name).toStdString(), bytes); }
     std::string url(const QString& name) const { return (server_.baseUrl() + '/' + name).toStdString(); }
 
-    struct Download {
-        std::optional<QByteArray> body;
-        int status = 0;
-        std::optional<core::Error> error;
-    };
-    // One GET through the kit's HTTP client.
-    Download download(const QString& name) {
-        std::mutex mutex;
-        Download result;
-        std::atomic<bool> done{false};
-        auto subscription = client_.download(*core::Url::fromString(url(name)), downloads_.path().toStdString())
-                                .sink(
-                                    [&](const core::Completion& c) {
-                                        std::lock_guard lock(mutex);
-                                        result.error = c.failure;
-                                        done = true;
-                                    },
-                                    [&](net::DownloadedFile file) {
-                                        QFile body(QString::fromStdString(file.path()));
-                                        std::lock_guard lock(mutex);
-                                        result.status = file.statusCode;
-                                        if (body.open(QIODevice::ReadOnly)) result.body = body.readAll();
-                                    });
-        EXPECT_TRUE(EventLoopWait::until([&] { return done.load(); })) << name.toStdString() << " never finished";
-        std::lock_guard lock(mutex);
-        return result;
-    }
+    ClientDownload download(const QString& name) { return ClientDownload::of(client_, url(name), downloads_.path()); }
 
     QTemporaryDir folder_, downloads_;
     LoopbackMenuServer server_{folder_.path()};
@@ -91,14 +55,15 @@ TEST_F(LoopbackMenuServerTest, ServesFilesByteForByteWithTheirLengthAndType) {
                           {"dish.png", "image/png", 3000},
                           {"empty.bin", "application/octet-stream", 0}};
     QNetworkAccessManager headers;
+    server_.setSlow(true); // models come in paced pieces, still whole
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name.toStdString());
         const QByteArray bytes = pattern(c.size, char(c.size));
         put(c.name, bytes);
-        const Download got = download(c.name);
-        ASSERT_TRUE(got.body.has_value()) << got.error->description();
-        EXPECT_EQ(got.status, 200);
-        EXPECT_EQ(*got.body, bytes);
+        const ClientDownload got = download(c.name);
+        ASSERT_TRUE(got.file.has_value()) << got.error->description();
+        EXPECT_EQ(got.status(), 200);
+        EXPECT_EQ(got.body(), bytes);
 
         std::unique_ptr<QNetworkReply> reply(headers.get(QNetworkRequest(QUrl(QString::fromStdString(url(c.name))))));
         ASSERT_TRUE(EventLoopWait::until([&] { return reply->isFinished(); }));
@@ -110,52 +75,25 @@ TEST_F(LoopbackMenuServerTest, ServesFilesByteForByteWithTheirLengthAndType) {
 TEST_F(LoopbackMenuServerTest, OnlyTheFolderAndTheFilesAddedByNameAreServed) {
     put("dish.glb", "glb");
     QTemporaryDir elsewhere;
-    QFile added(elsewhere.filePath("soup v2.usdz"));
-    ASSERT_TRUE(added.open(QIODevice::WriteOnly));
-    added.write("usdz");
-    added.close();
-    server_.addFile("soup v2.usdz", added.fileName());
+    TestModels::write(elsewhere.filePath("soup v2.usdz").toStdString(), "usdz");
+    server_.addFile("soup v2.usdz", elsewhere.filePath("soup v2.usdz"));
     for (const QString name : {"missing.glb", "..%2Fsecret", "%2Fetc%2Fpasswd", ".hidden", ""}) {
         SCOPED_TRACE(name.toStdString());
-        const Download got = download(name);
-        EXPECT_EQ(got.status, 404);
+        const ClientDownload got = download(name);
+        EXPECT_EQ(got.status(), 404);
     }
-    const Download got = download("soup%20v2.usdz");
-    ASSERT_TRUE(got.body.has_value()) << got.error->description();
-    EXPECT_EQ(*got.body, "usdz");
+    const ClientDownload got = download("soup%20v2.usdz");
+    ASSERT_TRUE(got.file.has_value()) << got.error->description();
+    EXPECT_EQ(got.body(), "usdz");
 }
 
-TEST_F(LoopbackMenuServerTest, SlowModeStillDeliversWholeFiles) {
-    server_.setSlow(true);
-    const QByteArray bytes = pattern(200 * 1024, 3);
-    put("slow.usdz", bytes);
-    const Download got = download("slow.usdz");
-    ASSERT_TRUE(got.body.has_value()) << got.error->description();
-    EXPECT_EQ(*got.body, bytes);
-}
-
-TEST_F(LoopbackMenuServerTest, TheFailingModelIsALostConnectionForTheClientAndTheLoader) {
+TEST_F(LoopbackMenuServerTest, TheFailingModelIsALostConnection) {
     put("good.glb", TestModels::glbWithNodes(2));
     put("bad.glb", TestModels::glbWithNodes(40));
     server_.setFailing("bad.glb");
-    const Download cut = download("bad.glb");
+    const ClientDownload cut = download("bad.glb");
     ASSERT_TRUE(cut.error.has_value()) << "the cut body arrived";
     EXPECT_EQ(cut.error->domain(), "URLError");
     EXPECT_EQ(cut.error->code(), -1005) << cut.error->localizedDescription();
-    EXPECT_TRUE(download("good.glb").body.has_value());
-
-    // The model loader passes the same error on (its cache is a private temporary folder).
-    QTemporaryDir cache;
-    ScopedTmpdir tmpdir(cache.path());
-    auto network = std::make_shared<NetworkManager>(std::make_shared<net::HttpClient>(net::TransferLimits{.idleTimeout = 30s}));
-    std::optional<core::Error> failure;
-    std::atomic<bool> done{false};
-    auto subscription = network->loadModel(url("bad.glb")).sink([&](const core::Completion& c) {
-        failure = c.failure;
-        done = true;
-    }, [](const NetworkManager::ModelEntityPtr&) {});
-    ASSERT_TRUE(EventLoopWait::until([&] { return done.load(); }));
-    ASSERT_TRUE(failure.has_value());
-    EXPECT_EQ(failure->domain(), "URLError");
-    EXPECT_EQ(failure->code(), -1005);
+    EXPECT_TRUE(download("good.glb").file.has_value());
 }

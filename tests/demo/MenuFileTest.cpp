@@ -4,9 +4,9 @@
 #include "MenuFile.h"
 
 #include "core/Url.h"
+#include "support/TestModels.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -20,9 +20,7 @@ protected:
     QString write(const QByteArray& text, const QString& name = "menu.json") {
         const QString path = folder_.filePath(name);
         QDir().mkpath(QFileInfo(path).path());
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(text);
+        orvanta::testing::TestModels::write(path.toStdString(), text);
         return path;
     }
 

@@ -6,12 +6,10 @@
 #include "support/EventLoopWait.h"
 #include "support/ScopedTmpdir.h"
 
-#include <QFileInfo>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <map>
 
 using namespace orvanta;
 using namespace orvanta::demo;
@@ -25,18 +23,14 @@ TEST(SampleRestaurantTest, EveryDishLoadsFromTheLoopbackServerThroughTheKitsLoad
     const auto baseUrl = server.start();
     ASSERT_TRUE(baseUrl.ok());
     const Restaurant restaurant = SampleRestaurant::restaurant(baseUrl.value());
-    EXPECT_EQ(restaurant.name(), SampleRestaurant::name);
     ASSERT_EQ(restaurant.foods().size(), 8u);
 
     orvanta::testing::ScopedTmpdir tmpdir(downloadCache.path());
     auto network = std::make_shared<NetworkManager>(std::make_shared<net::HttpClient>(net::TransferLimits{.idleTimeout = 30s}));
-    std::map<QString, int> formats;
     std::atomic<int> loaded{0}, failed{0};
     std::vector<core::Cancellable> loads;
     for (const Food& food : restaurant.foods()) {
         EXPECT_TRUE(food.imageURL().startsWith(baseUrl.value() + '/')) << food.imageURL().toStdString();
-        EXPECT_GT(food.price(), 0.0);
-        ++formats[QFileInfo(food.arUSDZLink()).suffix()];
         loads.push_back(network->loadModel(food.arUSDZLink().toStdString())
                             .sink([&](const core::Completion& c) { c.failure ? ++failed : ++loaded; },
                                   [](const NetworkManager::ModelEntityPtr&) {}));
@@ -45,6 +39,4 @@ TEST(SampleRestaurantTest, EveryDishLoadsFromTheLoopbackServerThroughTheKitsLoad
 
     EXPECT_EQ(loaded.load(), 8);
     EXPECT_EQ(failed.load(), 0);
-    EXPECT_EQ(formats["glb"], 2);
-    EXPECT_EQ(formats["usdz"], 6);
 }

@@ -29,10 +29,9 @@ int pixelsWhere(const QImage& image, bool (*matches)(const QColor&)) {
     return count;
 }
 
-// Pixels of the pizza's tomato: strong red, little green or blue (nothing in the room is).
-int tomatoPixels(const QImage& image) {
-    return pixelsWhere(image, [](const QColor& c) { return c.red() > 150 && c.green() < 90 && c.blue() < 90; });
-}
+// The pizza's tomato: strong red, little green or blue (nothing in the room is).
+bool isTomato(const QColor& c) { return c.red() > 150 && c.green() < 90 && c.blue() < 90; }
+int tomatoPixels(const QImage& image) { return pixelsWhere(image, isTomato); }
 
 // Pixels of the pizza's baked crust, a texture: orange-brown (the 3D mode's background is grey).
 int crustPixels(const QImage& image) {
@@ -51,7 +50,7 @@ bool dishOnTheCard(const QImage& image) {
     for (int y = 0; y < rgb.height(); ++y)
         for (int x = 0; x < rgb.width(); ++x) {
             const QColor c = rgb.pixelColor(x, y);
-            if (c.red() > 150 && c.green() < 90 && c.blue() < 90) tomato += QPointF(x, y), ++tomatoes;
+            if (isTomato(c)) tomato += QPointF(x, y), ++tomatoes;
             const int darkest = std::min({c.red(), c.green(), c.blue()}), brightest = std::max({c.red(), c.green(), c.blue()});
             if (brightest < 70 && brightest - darkest < 25) card |= QRect(x, y, 1, 1);
         }

@@ -10,6 +10,7 @@
 #include <OrvantaARFoodSDK/RestaurantExperienceWidget.h>
 #include <OrvantaARFoodSDK/RestaurantSDK.h>
 #include "screens/ImagePreviewView.h"
+#include "support/TestModels.h"
 #include "ui/ActivityViewController.h"
 
 #include <QAccessible>
@@ -89,7 +90,6 @@ protected:
 // The menu fills on appearance, the client id rides along unread; a click opens a dish, keys
 // bring the guest back and open the next one.
 TEST_F(RestaurantExperienceTest, TheMenuFillsAClickOpensTheDishAndEscapeComesBack) {
-    EXPECT_EQ(&RestaurantSDK::shared(), &RestaurantSDK::shared());
     const OrvantaARParam param("client-7", fourDishes());
     auto& view = view_ = RestaurantSDK::shared().makeRestaurantView(param.restaurant(), param.clientId());
     auto* container = qobject_cast<ContentViewContainer*>(view->container());
@@ -149,9 +149,7 @@ TEST_F(RestaurantExperienceTest, TheGuestReadsTheScreensWordsAndThePhotoShrinksT
     QStandardPaths::setTestModeEnabled(true);
     const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
     QDir(pictures).removeRecursively();
-    QFile blocker(pictures); // a file where the Pictures folder should be: saving fails
-    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
-    blocker.close();
+    testing::TestModels::write(pictures.toStdString(), ""); // a file where the Pictures folder should be: saving fails
 
     for (const QSize size : {QSize(360, 640), QSize(1200, 760)}) {
         SCOPED_TRACE(size.width());

@@ -7,12 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QTemporaryDir>
 
 namespace orvanta {
@@ -35,8 +30,8 @@ std::size_t drawnTriangles(const import::ImportedScene& scene) {
 class ConvertToolTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(dir.isValid());
-        testing::TestModels::write(glb.toStdString(), testing::TestModels::glbWithNodes(3));
+        // Its JSON declares an extension the importer ignores.
+        testing::TestModels::write(glb.toStdString(), testing::TestModels::glbWithNodes(3, {"EXT_future"}));
     }
 
     QTemporaryDir dir;
@@ -52,6 +47,7 @@ TEST_F(ConvertToolTest, GlbBecomesUsdzOfEitherLayerAndComesBack) {
         const ToolRun toUsdz = convert(flags + QStringList{glb, usdz});
         EXPECT_EQ(toUsdz.exitCode, 0) << toUsdz.err.toStdString();
         EXPECT_TRUE(toUsdz.out.startsWith(glb + " -> " + usdz + ": 1 mesh, 1 material, 0 textures\n")) << toUsdz.out.toStdString();
+        EXPECT_TRUE(toUsdz.out.contains("  not carried over: glTF extension EXT_future is not read\n")) << toUsdz.out.toStdString();
         const ToolRun toGlb = convert({usdz, back});
         EXPECT_EQ(toGlb.exitCode, 0) << toGlb.err.toStdString();
         for (const QString& file : {usdz, back}) {
@@ -74,19 +70,11 @@ TEST_F(ConvertToolTest, AReferencedLayersMaterialsCarryOverOneForOne) {
 ( defaultPrim = "Plate" )
 def Xform "Plate" {
     def Mesh "Surface" ( prepend apiSchemas = ["MaterialBindingAPI"] ) {
-        point3f[] points = [(0, 0, 0), (1, 0, 0), (0, 1, 0), (1, 1, 0)]
-        int[] faceVertexCounts = [3, 3]
-        int[] faceVertexIndices = [0, 1, 2, 2, 1, 3]
-        rel material:binding = </Plate/Glaze>
+        point3f[] points = [(0, 0, 0), (1, 0, 0), (0, 1, 0), (1, 1, 0)] int[] faceVertexCounts = [3, 3]
+        int[] faceVertexIndices = [0, 1, 2, 2, 1, 3] rel material:binding = </Plate/Glaze>
     }
-    def Material "Glaze" {
-        token outputs:surface.connect = </Plate/Glaze/Surface.outputs:surface>
-        def Shader "Surface" {
-            uniform token info:id = "UsdPreviewSurface"
-            color3f inputs:diffuseColor = (0.8, 0.1, 0.1)
-            token outputs:surface
-        }
-    }
+    def Material "Glaze" { token outputs:surface.connect = </Plate/Glaze/Surface.outputs:surface>
+        def Shader "Surface" { uniform token info:id = "UsdPreviewSurface" color3f inputs:diffuseColor = (0.8, 0.1, 0.1) } }
 }
 )");
     const std::vector<std::uint8_t> bytes = zip.build();
@@ -100,29 +88,6 @@ def Xform "Plate" {
     ASSERT_EQ(source->materials.size(), 1u);
     ASSERT_EQ(result->materials.size(), 1u);
     EXPECT_TRUE(qFuzzyCompare(result->materials[0].baseColorFactor, source->materials[0].baseColorFactor));
-}
-
-TEST_F(ConvertToolTest, ExtensionsTheKitDoesNotReadAreReported) {
-    // The same GLB, its JSON chunk declaring an extension the importer ignores.
-    QFile file(glb);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QByteArray bytes = file.readAll();
-    file.close();
-    quint32 jsonLength = 0;
-    std::memcpy(&jsonLength, bytes.constData() + 12, 4);
-    QJsonObject json = QJsonDocument::fromJson(bytes.mid(20, jsonLength)).object();
-    json["extensionsUsed"] = QJsonArray{"EXT_future"};
-    QByteArray chunk = QJsonDocument(json).toJson(QJsonDocument::Compact);
-    chunk.append((4 - chunk.size() % 4) % 4, ' ');
-    const QByteArray rest = bytes.mid(20 + jsonLength);
-    const auto word = [](quint32 v) { return QByteArray(reinterpret_cast<const char*>(&v), 4); };
-    const QByteArray rebuilt = bytes.left(8) + word(quint32(20 + chunk.size() + rest.size())) + word(quint32(chunk.size())) +
-                               bytes.mid(16, 4) + chunk + rest;
-    testing::TestModels::write(glb.toStdString(), rebuilt);
-
-    const ToolRun run = convert({glb, dir.filePath("out.usdz")});
-    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
-    EXPECT_TRUE(run.out.contains("  not carried over: glTF extension EXT_future is not read\n")) << run.out.toStdString();
 }
 
 TEST_F(ConvertToolTest, FailuresAndWrongCommandLines) {

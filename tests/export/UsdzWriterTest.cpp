@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <QBuffer>
-#include <QImage>
 
 namespace orvanta::exporter {
 namespace {
@@ -39,73 +38,53 @@ ImportedScene readBack(const QByteArray& package) {
     return result.ok() ? std::move(result).value() : ImportedScene{};
 }
 
-ImportedTextureRef ref(int texture, TextureChannel channel) { return {.texture = texture, .channel = channel}; }
-
 // A quad drawn with two materials, and a material for each way an input can be given.
 // Textured inputs carry factor 1, the form USD itself stores, so they read back unchanged.
 ImportedScene everyMaterialInput() {
+    using C = TextureChannel;
     ImportedScene scene;
     scene.textures = {{"albedo.png", pngOf(Qt::red), nullptr}, {"orm.png", pngOf(Qt::green), nullptr}, {"normal.png", pngOf(Qt::blue), nullptr}};
-
-    ImportedMaterial constants;
-    constants.name = "Constants";
-    constants.baseColorFactor = {0.25f, 0.5f, 0.75f, 1.0f};
-    constants.emissiveFactor = {0.1f, 0.2f, 0.3f};
-    constants.metallic = 0.8f;
-    constants.roughness = 0.3f;
-    constants.opacity = 0.6f;
-    constants.alphaMode = AlphaMode::mask;
-    constants.alphaCutoff = 0.35f;
-
-    ImportedMaterial textured;
-    textured.name = "Textured";
-    textured.baseColorTexture = ref(0, TextureChannel::rgb);
-    textured.baseColorTexture->colorSpace = TextureColorSpace::srgb;
-    textured.baseColorTexture->transform = {{0.25f, -0.5f}, 30.0f, {2.0f, 3.0f}};
-    textured.baseColorTexture->wrapS = TextureWrap::clamp;
-    textured.baseColorTexture->wrapT = TextureWrap::mirror;
-    textured.emissiveTexture = ref(0, TextureChannel::rgb);
-    textured.emissiveTexture->wrapS = textured.emissiveTexture->wrapT = TextureWrap::black;
-    textured.emissiveFactor = {1, 1, 1};
-    textured.metallicTexture = ref(1, TextureChannel::b);
-    textured.metallicTexture->colorSpace = TextureColorSpace::raw;
-    textured.metallic = 1.0f;
-    textured.roughnessTexture = ref(1, TextureChannel::g);
-    textured.roughnessTexture->texCoordSet = 1;
-    textured.roughness = 1.0f;
-    textured.occlusionTexture = ref(1, TextureChannel::r);
-    textured.normalTexture = ref(2, TextureChannel::rgb);
-    textured.normalTexture->scale = {2, 2, 2, 1};
-    textured.normalTexture->bias = {-1, -1, -1, 0};
-    textured.opacityTexture = ref(0, TextureChannel::a);
-    textured.alphaMode = AlphaMode::blend;
+    const ImportedMaterial constants{.name = "Constants", .baseColorFactor = {0.25f, 0.5f, 0.75f, 1.0f}, .metallic = 0.8f,
+                                     .roughness = 0.3f, .emissiveFactor = {0.1f, 0.2f, 0.3f}, .opacity = 0.6f,
+                                     .alphaMode = AlphaMode::mask, .alphaCutoff = 0.35f};
+    const ImportedMaterial textured{
+        .name = "Textured",
+        .baseColorTexture = ImportedTextureRef{.texture = 0, .transform = {{0.25f, -0.5f}, 30.0f, {2.0f, 3.0f}},
+                                               .wrapS = TextureWrap::clamp, .wrapT = TextureWrap::mirror,
+                                               .colorSpace = TextureColorSpace::srgb},
+        .metallic = 1.0f,
+        .metallicTexture = ImportedTextureRef{.texture = 1, .channel = C::b, .colorSpace = TextureColorSpace::raw},
+        .roughness = 1.0f,
+        .roughnessTexture = ImportedTextureRef{.texture = 1, .channel = C::g, .texCoordSet = 1},
+        .normalTexture = ImportedTextureRef{.texture = 2, .scale = {2, 2, 2, 1}, .bias = {-1, -1, -1, 0}},
+        .occlusionTexture = ImportedTextureRef{.texture = 1, .channel = C::r},
+        .emissiveFactor = {1, 1, 1},
+        .emissiveTexture = ImportedTextureRef{.texture = 0, .wrapS = TextureWrap::black, .wrapT = TextureWrap::black},
+        .opacityTexture = ImportedTextureRef{.texture = 0, .channel = C::a},
+        .alphaMode = AlphaMode::blend};
     scene.materials = {constants, textured};
 
-    ImportedMesh quad;
-    quad.name = "Quad";
-    quad.positions = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}};
-    quad.normals = {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}, {0, 0, 1}};
-    quad.texCoords = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
-    quad.texCoords1 = {{0, 0}, {0.5f, 0}, {0.5f, 0.5f}, {0, 0.5f}};
-    quad.indices = {0, 1, 2, 0, 2, 3};
-    quad.subsets = {{0, 3, 0}, {3, 3, 1}};
-    quad.doubleSided = true;
-    scene.meshes = {quad};
-    scene.nodes.resize(2);
-    scene.nodes[0] = {"Dish", QMatrix4x4(), -1, {1}, {}};
+    scene.meshes = {{.name = "Quad",
+                     .positions = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}},
+                     .normals = {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}, {0, 0, 1}},
+                     .texCoords = {{0, 0}, {1, 0}, {1, 1}, {0, 1}},
+                     .texCoords1 = {{0, 0}, {0.5f, 0}, {0.5f, 0.5f}, {0, 0.5f}},
+                     .indices = {0, 1, 2, 0, 2, 3},
+                     .subsets = {{0, 3, 0}, {3, 3, 1}},
+                     .doubleSided = true}};
     QMatrix4x4 placed;
     placed.translate(0.1f, 0.2f, 0.3f);
     placed.rotate(30, 0, 1, 0);
-    scene.nodes[1] = {"Plate", placed, 0, {}, {0}};
+    scene.nodes = {{"Dish", QMatrix4x4(), -1, {1}, {}}, {"Plate", placed, 0, {}, {0}}};
     return scene;
 }
 
-const ImportedMaterial& named(const ImportedScene& scene, const std::string& name) {
-    for (const ImportedMaterial& m : scene.materials)
-        if (m.name == name) return m;
-    ADD_FAILURE() << "no material " << name;
+// The material called `name`; a failure, and an empty material, when there is none.
+const ImportedMaterial& material(const ImportedScene& scene, const std::string& name) {
     static const ImportedMaterial none;
-    return none;
+    const ImportedMaterial* found = named(scene.materials, name);
+    EXPECT_NE(found, nullptr) << "no material " << name;
+    return found ? *found : none;
 }
 
 class UsdzWriterLayers : public ::testing::TestWithParam<UsdzWriter::Layer> {};
@@ -115,7 +94,7 @@ TEST_P(UsdzWriterLayers, EveryMaterialInputReadsBackEqual) {
     const ImportedScene back = readBack(written(scene, GetParam()));
     ASSERT_EQ(back.materials.size(), 2u);
 
-    const ImportedMaterial& constants = named(back, "Constants");
+    const ImportedMaterial& constants = material(back, "Constants");
     EXPECT_EQ(constants.baseColorFactor, scene.materials[0].baseColorFactor);
     EXPECT_EQ(constants.emissiveFactor, scene.materials[0].emissiveFactor);
     EXPECT_FLOAT_EQ(constants.metallic, 0.8f);
@@ -125,7 +104,7 @@ TEST_P(UsdzWriterLayers, EveryMaterialInputReadsBackEqual) {
     EXPECT_FLOAT_EQ(constants.alphaCutoff, 0.35f);
 
     const ImportedMaterial& expected = scene.materials[1];
-    const ImportedMaterial& textured = named(back, "Textured");
+    const ImportedMaterial& textured = material(back, "Textured");
     EXPECT_EQ(textured.alphaMode, AlphaMode::blend);
     const std::pair<const char*, std::optional<ImportedTextureRef> ImportedMaterial::*> inputs[] = {
         {"base colour", &ImportedMaterial::baseColorTexture}, {"emissive", &ImportedMaterial::emissiveTexture},
@@ -188,7 +167,7 @@ TEST(UsdzWriterTest, FactorsBesideTexturesFoldIntoTheTextureScale) {
     m.unlit = true;
     std::vector<std::string> notes;
     const ImportedScene back = readBack(written(scene, UsdzWriter::Layer::crate, &notes));
-    const ImportedMaterial& t = named(back, "Textured");
+    const ImportedMaterial& t = material(back, "Textured");
     EXPECT_EQ(t.baseColorFactor, QVector4D(1, 1, 1, 1));
     EXPECT_EQ(t.baseColorTexture->scale, QVector4D(0.5f, 0.25f, 1.0f, 1.0f));
     EXPECT_EQ(t.roughnessTexture->scale, QVector4D(0.5f, 0.5f, 0.5f, 0.5f));

@@ -10,7 +10,7 @@ namespace {
 
 // The x of a node's translation, or NaN when there is no such node.
 float xOf(const ImportedScene& scene, const std::string& name) {
-    const ImportedNode* node = nodeNamed(scene, name);
+    const ImportedNode* node = named(scene.nodes, name);
     return node ? node->localTransform.column(3).x() : std::nanf("");
 }
 
@@ -69,10 +69,10 @@ TEST(CompositionTest, InstanceablePrimsSideBySideBecomeOneInstanceTable) {
     ASSERT_EQ(table.table.size(), 2u);
     EXPECT_EQ(table.table.transforms[0].column(3).x(), -1.0f);
     EXPECT_EQ(table.table.transforms[1].column(3).x(), 1.0f);
-    EXPECT_EQ(nodeNamed(scene, "Left")->parent, -1);  // only the prototype's root carries the name
+    EXPECT_EQ(named(scene.nodes, "Left")->parent, -1);  // only the prototype's root carries the name
     // A lone instanceable prim stays a node of its own, drawing the prototype's mesh.
     EXPECT_EQ(xOf(scene, "Alone"), 5.0f);
-    const ImportedNode* alone = nodeNamed(scene, "Alone");
+    const ImportedNode* alone = named(scene.nodes, "Alone");
     ASSERT_EQ(alone->children.size(), 1u);
     EXPECT_EQ(scene.nodes.at(std::size_t(alone->children[0])).meshes, std::vector<int>{1});
     const DrawCost cost = scene.drawCost();
@@ -96,7 +96,7 @@ def PointInstancer "Garnish" {
     for (const char* name : {"Herb", "Seed", "Flake"}) layer += std::string("def Mesh \"") + name + "\" {" + triangleMesh + "}\n";
     const ImportedScene scene = importOk(importUsda(layer + "} }\n"));
     ASSERT_EQ(scene.meshes.size(), 3u);
-    const ImportedNode* garnish = nodeNamed(scene, "Garnish");
+    const ImportedNode* garnish = named(scene.nodes, "Garnish");
     ASSERT_NE(garnish, nullptr);
     EXPECT_TRUE(garnish->children.empty());
     ASSERT_EQ(garnish->instances.size(), 3u);
@@ -147,7 +147,7 @@ def PointInstancer "Clusters" {
     EXPECT_EQ(cost.instances, 8u);
     EXPECT_EQ(cost.drawCalls, 2u);  // one instanced model for the bowls, one for the seeds
 
-    const ImportedNode* clusters = nodeNamed(scene, "Clusters");
+    const ImportedNode* clusters = named(scene.nodes, "Clusters");
     ASSERT_EQ(clusters->instances.size(), 1u);
     const auto drawn = scene.instancedMeshes(clusters->instances[0]);
     ASSERT_EQ(drawn.size(), 2u);

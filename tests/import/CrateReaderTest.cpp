@@ -17,7 +17,6 @@
 #include <array>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <random>
 #include <string>
@@ -31,24 +30,6 @@ using namespace exporter::crate;
 using exporter::CrateWriter;
 
 core::Result<Layer> readBytes(const Bytes& bytes) { return CrateReader::read(bytes, "test.usdc"); }
-
-template <class T> const T& field(const Layer& layer, const std::string& path, const std::string& name) {
-    const Spec* spec = layer.spec(path);
-    EXPECT_NE(spec, nullptr) << path;
-    static const T none{};
-    if (spec == nullptr) return none;
-    const Value* value = spec->field(name);
-    EXPECT_NE(value, nullptr) << path << " " << name;
-    const T* typed = value ? value->get<T>() : nullptr;
-    EXPECT_NE(typed, nullptr) << path << " " << name << " has another type";
-    return typed ? *typed : none;
-}
-
-std::vector<std::string> tokenTexts(const TokenArray& tokens) {
-    std::vector<std::string> out;
-    for (const Token& t : tokens) out.push_back(t.text);
-    return out;
-}
 
 // ---- built files --------------------------------------------------------------------------
 
@@ -290,13 +271,6 @@ TEST(CrateReader, LargeArraysWaitInTheFileUntilDecoded) {
     EXPECT_EQ(floats->component(3 * 65), 1.0f);
     EXPECT_EQ(floats->component(3 * 64 * 64 - 1), 63.0f);
 
-    const DeferredArray& deferredIndices = field<DeferredArray>(layer, "/Grid.primvars:st:indices", "default");
-    const Value decodedIndices = deferredIndices.source->decode(deferredIndices);
-    const auto* indices = std::get_if<IntArray::Narrow>(&decodedIndices.get<IntArray>()->values);
-    ASSERT_NE(indices, nullptr);
-    ASSERT_EQ(indices->size(), 63u * 63u * 6u);
-    EXPECT_EQ(indices->back(), 64 * 64 - 1);
-
     const DeferredArray& broken = field<DeferredArray>(layer, "/Grid.faceVertexIndices", "default");
     try {
         (void)broken.source->decode(broken);
@@ -445,15 +419,6 @@ TEST(CrateReaderCorpus, EveryCrateLayerReadsWithItsKnownContents) {
         EXPECT_EQ(prims, expected.prims);
         EXPECT_EQ(points, expected.points);
         EXPECT_EQ(indices, expected.indices);
-        if (expected.minor != 4) continue;
-        // The oldest version keeps its geometry in time samples.
-        EXPECT_EQ(field<Token>(layer, "/", "upAxis").text, "Z");
-        const auto& samples = field<TimeSamples>(layer, "/Top/mesh_0.points", "timeSamples").samples;
-        ASSERT_EQ(samples.size(), 1u);
-        EXPECT_EQ(samples[0].first, 48.0);
-        EXPECT_EQ(samples[0].second->get<FloatArray>()->size(), 180u);
-        const auto& faceIndices = field<TimeSamples>(layer, "/Top/mesh_0.faceVertexIndices", "timeSamples").samples;
-        EXPECT_EQ(faceIndices.at(0).second->get<IntArray>()->size(), 680u);
     }
 }
 
@@ -507,16 +472,20 @@ TEST(CrateReaderCorpus, CrateAndTextLayersOfOneSceneAgree) {
     EXPECT_GE(compared, 1400u);  // 1407 fields in common when written
 }
 
-// The table of contents sits at the end, so every cut copy must be refused. (Bit flips of
-// these files go through the whole importer in the bad input tests.)
-TEST(CrateReaderCorpus, TruncatedCopiesAreRefused) {
-    for (const char* name : {"usdc/crate-0.4.0_top.geom.usd", "usdc/crate-0.7.0_Ball.maya.usd",
-                             "usdc/crate-0.8.0_TextureTransformTest.usdc", "usdc/crate-0.9.0_model.usdc"}) {
+// The crate's table of contents and the zip's end record sit at the end, so every cut copy of
+// a crate layer or a package must be refused. (Bit flips of these files go through the whole
+// importer in the bad input tests.)
+TEST(CrateReaderCorpus, TruncatedCopiesOfLayersAndPackagesAreRefused) {
+    for (const char* name : {"usdc/crate-0.4.0_top.geom.usd", "usdc/crate-0.7.0_Ball.maya.usd", "usdc/crate-0.8.0_TextureTransformTest.usdc",
+                             "usdc/crate-0.9.0_model.usdc", "usdz/AnimatedTriangle.usdz", "usdz/USDLogo.usdz",
+                             "usdz/openusd_simpleMaterial.usdz", "usdz-bad/openusd_badUsdz.usdz", "usdz/openusd_single_usdc.usdz"}) {
         SCOPED_TRACE(name);
         ORVANTA_CORPUS_FILE(path, name);
-        const CorpusCrate crate(path);
-        for (std::size_t length = 0; length < crate.bytes.size(); length += 1 + length / 32)
-            EXPECT_FALSE(readBytes(Bytes(crate.bytes.begin(), crate.bytes.begin() + static_cast<std::ptrdiff_t>(length))).ok()) << length;
+        const auto file = FileBytes::open(path.string()).value();
+        for (std::size_t length = 0; length < file->bytes().size(); length += 1 + length / 32) {
+            const Bytes cut(file->bytes().begin(), file->bytes().begin() + static_cast<std::ptrdiff_t>(length));
+            EXPECT_FALSE(path.extension() == ".usdz" ? UsdzArchive::open(cut, nullptr).ok() : readBytes(cut).ok()) << length;
+        }
     }
 }
 

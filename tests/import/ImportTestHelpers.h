@@ -5,6 +5,7 @@
 #include "export/CrateWriter.h"
 #include "export/ZipWriter.h"
 #include "import/AssimpImporter.h"
+#include "import/usd/UsdLayer.h"
 #include "import/usd/UsdImporter.h"
 
 #include <gtest/gtest.h>
@@ -71,6 +72,27 @@ inline std::string gridCrateLayer(bool brokenIndices) {
     return {layer.begin(), layer.end()};
 }
 
+namespace usd {
+
+// The field `name` of the spec at `path` as a T; a test failure (and T's empty value) when the
+// spec or the field is missing or the field holds another type.
+template <class T> const T& field(const Layer& layer, const std::string& path, const std::string& name) {
+    static const T none{};
+    const Spec* spec = layer.spec(path);
+    const Value* value = spec ? spec->field(name) : nullptr;
+    const T* typed = value ? value->get<T>() : nullptr;
+    EXPECT_NE(typed, nullptr) << path << " " << name << (value ? " has another type" : " is missing");
+    return typed ? *typed : none;
+}
+
+inline std::vector<std::string> tokenTexts(const TokenArray& tokens) {
+    std::vector<std::string> out;
+    for (const Token& t : tokens) out.push_back(t.text);
+    return out;
+}
+
+} // namespace usd
+
 inline ImportedScene importOk(core::Result<ImportedScene> result) {
     EXPECT_TRUE(result.ok()) << (result.ok() ? "" : result.error().localizedDescription());
     return result.ok() ? std::move(result).value() : ImportedScene{};
@@ -95,15 +117,6 @@ inline core::Result<ImportedScene> importPackage(const std::vector<std::pair<std
 inline core::Result<ImportedScene> importGltf(const QByteArray& bytes, const std::string& hint = "gltf") {
     return AssimpImporter::importBytes(
         std::span(reinterpret_cast<const std::uint8_t*>(bytes.constData()), static_cast<std::size_t>(bytes.size())), hint);
-}
-
-// A binary glTF of a JSON chunk and a BIN chunk, each padded to four bytes.
-inline QByteArray glbOf(QByteArray json, QByteArray bin) {
-    json.append((4 - json.size() % 4) % 4, ' ');
-    bin.append((4 - bin.size() % 4) % 4, '\0');
-    const auto word = [](quint32 v) { return QByteArray(reinterpret_cast<const char*>(&v), 4); };
-    return "glTF" + word(2) + word(quint32(28 + json.size() + bin.size())) + word(quint32(json.size())) + "JSON" + json +
-           word(quint32(bin.size())) + QByteArray("BIN\0", 4) + bin;
 }
 
 inline QString dataUri(const char* type, const QByteArray& bytes) { return QString("data:%1;base64,").arg(type) + bytes.toBase64(); }
@@ -136,21 +149,10 @@ inline void expectCounts(const ImportedScene& scene, const CorpusCounts& expecte
     for (const ImportedTexture& texture : scene.textures) EXPECT_FALSE(texture.decode().isNull()) << texture.uri;
 }
 
-inline const ImportedMesh* meshNamed(const ImportedScene& scene, const std::string& name) {
-    for (const ImportedMesh& mesh : scene.meshes)
-        if (mesh.name == name) return &mesh;
-    return nullptr;
-}
-
-inline const ImportedNode* nodeNamed(const ImportedScene& scene, const std::string& name) {
-    for (const ImportedNode& node : scene.nodes)
-        if (node.name == name) return &node;
-    return nullptr;
-}
-
-inline const ImportedMaterial* materialNamed(const ImportedScene& scene, const std::string& name) {
-    for (const ImportedMaterial& material : scene.materials)
-        if (material.name == name) return &material;
+// The first of `items` (a scene's meshes, nodes or materials) called `name`, or null.
+template <class T> const T* named(const std::vector<T>& items, const std::string& name) {
+    for (const T& item : items)
+        if (item.name == name) return &item;
     return nullptr;
 }
 

@@ -19,7 +19,6 @@ ToolRun inspect(const QStringList& files) { return ToolRun::of(ORVANTA_INSPECT_T
 
 TEST(InspectToolTest, PrintsWhatEachModelHoldsAndFailsOnFilesThatAreNone) {
     QTemporaryDir dir;
-    ASSERT_TRUE(dir.isValid());
     const QString glb = dir.filePath("three.glb"), page = dir.filePath("page.usdz"), absent = dir.filePath("absent.glb");
     testing::TestModels::write(glb.toStdString(), testing::TestModels::glbWithNodes(3));
     testing::TestModels::write(page.toStdString(), "<html><body>Not found</body></html>\n");

@@ -9,7 +9,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <cmath>
 #include <cstring>
 
 namespace orvanta::import {
@@ -32,8 +31,8 @@ def Material "Glass" {
     def Shader "Surface" { uniform token info:id = "UsdPreviewSurface" float inputs:opacity = 0.3 }
 }
 )"));
-    ASSERT_NE(materialNamed(scene, "Plain"), nullptr);
-    const ImportedMaterial& plain = *materialNamed(scene, "Plain");
+    ASSERT_NE(named(scene.materials, "Plain"), nullptr);
+    const ImportedMaterial& plain = *named(scene.materials, "Plain");
     EXPECT_EQ(plain.baseColorFactor, QVector4D(0.25f, 0.5f, 0.75f, 1.0f));
     EXPECT_EQ(plain.emissiveFactor, QVector3D(0.1f, 0.2f, 0.3f));
     EXPECT_FLOAT_EQ(plain.metallic, 0.9f);
@@ -41,9 +40,9 @@ def Material "Glass" {
     EXPECT_FLOAT_EQ(plain.opacity, 0.8f);
     EXPECT_EQ(plain.alphaMode, AlphaMode::mask);
     EXPECT_FLOAT_EQ(plain.alphaCutoff, 0.4f);
-    ASSERT_NE(materialNamed(scene, "Glass"), nullptr);
-    EXPECT_EQ(materialNamed(scene, "Glass")->alphaMode, AlphaMode::blend);
-    EXPECT_EQ(materialNamed(scene, "Glass")->baseColorFactor.w(), 1.0f);  // the opacity is not folded into the colour
+    ASSERT_NE(named(scene.materials, "Glass"), nullptr);
+    EXPECT_EQ(named(scene.materials, "Glass")->alphaMode, AlphaMode::blend);
+    EXPECT_EQ(named(scene.materials, "Glass")->baseColorFactor.w(), 1.0f);  // the opacity is not folded into the colour
 }
 
 TEST(MaterialFidelityTest, DisplayColorFollowsEachInterpolationUnlessAMaterialIsBound) {
@@ -79,87 +78,62 @@ def Material "Red" {}
         {"Bound", {}},
     };
     for (const auto& [name, colors] : cases) {
-        ASSERT_NE(meshNamed(scene, name), nullptr) << name;
-        EXPECT_EQ(meshNamed(scene, name)->colors, colors) << name;
+        ASSERT_NE(named(scene.meshes, name), nullptr) << name;
+        EXPECT_EQ(named(scene.meshes, name)->colors, colors) << name;
     }
-    EXPECT_TRUE(meshNamed(scene, "Bound")->doubleSided);
-    EXPECT_FALSE(meshNamed(scene, "Vertex")->doubleSided);
+    EXPECT_TRUE(named(scene.meshes, "Bound")->doubleSided);
+    EXPECT_FALSE(named(scene.meshes, "Vertex")->doubleSided);
 }
 
 // One triangle with two UV sets, colours and tangents, and a material using every
 // texture slot and the material extensions the importer reads (Debian's Assimp has no
 // KHR_materials_emissive_strength).
 QByteArray gltfWithEveryMaterialFact() {
-    const float positions[9] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
-    const float normals[9] = {0, 0, 1, 0, 0, 1, 0, 0, 1};
-    const float tangents[12] = {1, 0, 0, 1, 1, 0, 0, -1, 1, 0, 0, 1};
-    const float uv0[6] = {0, 0, 1, 0, 0, 1};
-    const float uv1[6] = {0.5f, 0.5f, 1, 0.5f, 0.5f, 1};
-    const float colors[12] = {1, 0, 0, 1, 0, 1, 0, 0.5f, 0, 0, 1, 1};
+    QJsonObject gltf = QJsonDocument::fromJson(R"({
+  "asset": {"version": "2.0"}, "extensionsUsed": ["KHR_texture_transform", "KHR_materials_unlit"],
+  "scene": 0, "scenes": [{"nodes": [0, 1]}], "nodes": [{"name": "a", "mesh": 0}, {"name": "b", "mesh": 1}],
+  "meshes": [{"primitives": [{"material": 0, "attributes": {"POSITION": 0, "NORMAL": 1, "TANGENT": 2,
+                                                            "TEXCOORD_0": 3, "TEXCOORD_1": 4, "COLOR_0": 5}}]},
+             {"primitives": [{"attributes": {"POSITION": 0}, "material": 1}]}],
+  "materials": [{"name": "everything",
+                 "pbrMetallicRoughness": {"baseColorFactor": [0.5, 0.5, 0.5, 0.6], "metallicFactor": 0.3, "roughnessFactor": 0.7,
+                                          "baseColorTexture": {"index": 0, "extensions": {"KHR_texture_transform":
+                                              {"offset": [0.25, 0.5], "rotation": 1.5707963267948966, "scale": [2, 3]}}},
+                                          "metallicRoughnessTexture": {"index": 1, "texCoord": 1}},
+                 "normalTexture": {"index": 1, "scale": 0.5}, "occlusionTexture": {"index": 1, "strength": 0.25},
+                 "emissiveTexture": {"index": 0}, "emissiveFactor": [1, 0.5, 0],
+                 "alphaMode": "MASK", "alphaCutoff": 0.3, "doubleSided": true},
+                {"name": "flat", "alphaMode": "BLEND", "extensions": {"KHR_materials_unlit": {}}}],
+  "samplers": [{"wrapS": 33071, "wrapT": 33648}], "textures": [{"source": 0, "sampler": 0}, {"source": 1}]
+})").object();
+    // Positions, normals, tangents, two UV sets and colours, one float accessor each.
+    const std::pair<const char*, std::vector<float>> streams[] = {
+        {"VEC3", {0, 0, 0, 1, 0, 0, 0, 1, 0}}, {"VEC3", {0, 0, 1, 0, 0, 1, 0, 0, 1}},
+        {"VEC4", {1, 0, 0, 1, 1, 0, 0, -1, 1, 0, 0, 1}}, {"VEC2", {0, 0, 1, 0, 0, 1}},
+        {"VEC2", {0.5f, 0.5f, 1, 0.5f, 0.5f, 1}}, {"VEC4", {1, 0, 0, 1, 0, 1, 0, 0.5f, 0, 0, 1, 1}}};
     QByteArray bin;
     QJsonArray views, accessors;
-    const auto add = [&](const float* data, int floats, int count, const char* type) {
-        views.append(QJsonObject{{"buffer", 0}, {"byteOffset", bin.size()}, {"byteLength", floats * 4}});
-        QJsonObject accessor{{"bufferView", views.size() - 1}, {"componentType", 5126}, {"count", count}, {"type", type}};
+    for (const auto& [type, values] : streams) {
+        const int bytes = int(values.size() * sizeof(float));
+        views.append(QJsonObject{{"buffer", 0}, {"byteOffset", bin.size()}, {"byteLength", bytes}});
+        QJsonObject accessor{{"bufferView", views.size() - 1}, {"componentType", 5126}, {"count", 3}, {"type", type}};
         if (views.size() == 1) accessor["min"] = QJsonArray{0, 0, 0}, accessor["max"] = QJsonArray{1, 1, 0};
         accessors.append(accessor);
-        bin.append(reinterpret_cast<const char*>(data), floats * 4);
-    };
-    add(positions, 9, 3, "VEC3");
-    add(normals, 9, 3, "VEC3");
-    add(tangents, 12, 3, "VEC4");
-    add(uv0, 6, 3, "VEC2");
-    add(uv1, 6, 3, "VEC2");
-    add(colors, 12, 3, "VEC4");
-    const QJsonObject transform{{"offset", QJsonArray{0.25, 0.5}}, {"rotation", M_PI / 2}, {"scale", QJsonArray{2, 3}}};
-    const QJsonObject material{
-        {"name", "everything"},
-        {"pbrMetallicRoughness",
-         QJsonObject{{"baseColorFactor", QJsonArray{0.5, 0.5, 0.5, 0.6}},
-                     {"baseColorTexture", QJsonObject{{"index", 0}, {"extensions", QJsonObject{{"KHR_texture_transform", transform}}}}},
-                     {"metallicFactor", 0.3},
-                     {"roughnessFactor", 0.7},
-                     {"metallicRoughnessTexture", QJsonObject{{"index", 1}, {"texCoord", 1}}}}},
-        {"normalTexture", QJsonObject{{"index", 1}, {"scale", 0.5}}},
-        {"occlusionTexture", QJsonObject{{"index", 1}, {"strength", 0.25}}},
-        {"emissiveTexture", QJsonObject{{"index", 0}}},
-        {"emissiveFactor", QJsonArray{1, 0.5, 0}},
-        {"alphaMode", "MASK"},
-        {"alphaCutoff", 0.3},
-        {"doubleSided", true},
-    };
-    const QJsonObject unlit{{"name", "flat"},
-                            {"alphaMode", "BLEND"},
-                            {"extensions", QJsonObject{{"KHR_materials_unlit", QJsonObject{}}}}};
-    const QJsonObject gltf{
-        {"asset", QJsonObject{{"version", "2.0"}}},
-        {"extensionsUsed", QJsonArray{"KHR_texture_transform", "KHR_materials_unlit"}},
-        {"scene", 0},
-        {"scenes", QJsonArray{QJsonObject{{"nodes", QJsonArray{0, 1}}}}},
-        {"nodes", QJsonArray{QJsonObject{{"name", "a"}, {"mesh", 0}}, QJsonObject{{"name", "b"}, {"mesh", 1}}}},
-        {"meshes",
-         QJsonArray{QJsonObject{{"primitives",
-                                 QJsonArray{QJsonObject{{"attributes", QJsonObject{{"POSITION", 0}, {"NORMAL", 1}, {"TANGENT", 2},
-                                                                                   {"TEXCOORD_0", 3}, {"TEXCOORD_1", 4}, {"COLOR_0", 5}}},
-                                                        {"material", 0}}}}},
-                    QJsonObject{{"primitives", QJsonArray{QJsonObject{{"attributes", QJsonObject{{"POSITION", 0}}}, {"material", 1}}}}}}},
-        {"materials", QJsonArray{material, unlit}},
-        {"samplers", QJsonArray{QJsonObject{{"wrapS", 33071}, {"wrapT", 33648}}}},
-        {"textures", QJsonArray{QJsonObject{{"source", 0}, {"sampler", 0}}, QJsonObject{{"source", 1}}}},
-        {"images", QJsonArray{QJsonObject{{"uri", dataUri("image/png", pngOf(Qt::red))}},
-                              QJsonObject{{"uri", dataUri("image/png", pngOf(Qt::blue))}}}},
-        {"buffers", QJsonArray{QJsonObject{{"byteLength", bin.size()}, {"uri", dataUri("application/octet-stream", bin)}}}},
-        {"bufferViews", views},
-        {"accessors", accessors},
-    };
+        bin.append(reinterpret_cast<const char*>(values.data()), bytes);
+    }
+    gltf["images"] = QJsonArray{QJsonObject{{"uri", dataUri("image/png", pngOf(Qt::red))}},
+                                QJsonObject{{"uri", dataUri("image/png", pngOf(Qt::blue))}}};
+    gltf["buffers"] = QJsonArray{QJsonObject{{"byteLength", bin.size()}, {"uri", dataUri("application/octet-stream", bin)}}};
+    gltf["bufferViews"] = views;
+    gltf["accessors"] = accessors;
     return QJsonDocument(gltf).toJson();
 }
 
 TEST(MaterialFidelityTest, GltfMaterialExtensionsAndVertexStreamsArrive) {
     const ImportedScene scene = importOk(importGltf(gltfWithEveryMaterialFact()));
     ASSERT_EQ(scene.materials.size(), 2u);
-    ASSERT_NE(materialNamed(scene, "everything"), nullptr);
-    const ImportedMaterial& m = *materialNamed(scene, "everything");
+    ASSERT_NE(named(scene.materials, "everything"), nullptr);
+    const ImportedMaterial& m = *named(scene.materials, "everything");
     EXPECT_EQ(m.baseColorFactor, QVector4D(0.5f, 0.5f, 0.5f, 0.6f));
     EXPECT_FLOAT_EQ(m.opacity, 1.0f);
     EXPECT_FLOAT_EQ(m.metallic, 0.3f);
@@ -211,9 +185,9 @@ TEST(MaterialFidelityTest, GltfMaterialExtensionsAndVertexStreamsArrive) {
     expectNear(t.scale, {2, 3});
     expectNear(t.offset, {-2.75f, 0.5f});
 
-    ASSERT_NE(materialNamed(scene, "flat"), nullptr);
-    EXPECT_TRUE(materialNamed(scene, "flat")->unlit);
-    EXPECT_EQ(materialNamed(scene, "flat")->alphaMode, AlphaMode::blend);
+    ASSERT_NE(named(scene.materials, "flat"), nullptr);
+    EXPECT_TRUE(named(scene.materials, "flat")->unlit);
+    EXPECT_EQ(named(scene.materials, "flat")->alphaMode, AlphaMode::blend);
 
     const ImportedMesh& mesh = scene.meshes.at(0);
     ASSERT_EQ(mesh.texCoords1.size(), 3u);

@@ -1,6 +1,7 @@
 #include "import/ImportError.h"
 #include "import/usd/UsdaParser.h"
 #include "support/ExpectImportError.h"
+#include "ImportTestHelpers.h"
 
 #include <gtest/gtest.h>
 
@@ -14,21 +15,6 @@ Layer parse(const std::string& text) {
     auto layer = UsdaParser::parse(text, "test.usda");
     EXPECT_TRUE(layer.ok()) << (layer.ok() ? "" : layer.error().localizedDescription());
     return layer.ok() ? std::move(layer).value() : Layer{};
-}
-
-const Value& field(const Layer& layer, const std::string& path, const std::string& name) {
-    static const Value none;
-    const Spec* spec = layer.spec(path);
-    const Value* value = spec ? spec->field(name) : nullptr;
-    EXPECT_NE(value, nullptr) << path << " " << name;
-    return value ? *value : none;
-}
-
-std::vector<std::string> tokens(const Value& value) {
-    std::vector<std::string> out;
-    if (const auto* array = value.get<TokenArray>())
-        for (const Token& t : *array) out.push_back(t.text);
-    return out;
 }
 
 TEST(UsdaParserTest, ReadsLayerMetadataPrimsAndSkipsWhatTheKitDoesNotUse) {
@@ -52,18 +38,18 @@ def Xform "Dish" (
     reorder nameChildren = ["Lid", "Plate"]
 }
 )");
-    EXPECT_EQ(field(layer, "/", "defaultPrim").get<Token>()->text, "Dish");
-    EXPECT_EQ(field(layer, "/", "upAxis").get<Token>()->text, "Z");
-    EXPECT_DOUBLE_EQ(field(layer, "/", "metersPerUnit").get<DoubleArray>()->values.at(0), 0.01);
-    EXPECT_EQ(*field(layer, "/", "documentation").get<std::string>(), "A layer doc string");
-    EXPECT_EQ(tokens(field(layer, "/", "primChildren")), std::vector<std::string>{"Dish"});
-    EXPECT_EQ(field(layer, "/Dish", "typeName").get<Token>()->text, "Xform");
-    EXPECT_EQ(field(layer, "/Dish", "kind").get<Token>()->text, "component");
-    EXPECT_EQ(tokens(field(layer, "/Dish", "apiSchemas")), std::vector<std::string>{"MaterialBindingAPI"});
-    EXPECT_TRUE(*field(layer, "/Dish", "instanceable").get<bool>());
-    EXPECT_EQ(tokens(field(layer, "/Dish", "primChildren")), (std::vector<std::string>{"Plate", "Lid", "Template", "Typeless"}));
-    EXPECT_EQ(field(layer, "/Dish/Lid", "specifier").get<Token>()->text, "over");
-    EXPECT_EQ(field(layer, "/Dish/Template", "specifier").get<Token>()->text, "class");
+    EXPECT_EQ(field<Token>(layer, "/", "defaultPrim").text, "Dish");
+    EXPECT_EQ(field<Token>(layer, "/", "upAxis").text, "Z");
+    EXPECT_DOUBLE_EQ(field<DoubleArray>(layer, "/", "metersPerUnit").values.at(0), 0.01);
+    EXPECT_EQ(field<std::string>(layer, "/", "documentation"), "A layer doc string");
+    EXPECT_EQ(tokenTexts(field<TokenArray>(layer, "/", "primChildren")), std::vector<std::string>{"Dish"});
+    EXPECT_EQ(field<Token>(layer, "/Dish", "typeName").text, "Xform");
+    EXPECT_EQ(field<Token>(layer, "/Dish", "kind").text, "component");
+    EXPECT_EQ(tokenTexts(field<TokenArray>(layer, "/Dish", "apiSchemas")), std::vector<std::string>{"MaterialBindingAPI"});
+    EXPECT_TRUE(field<bool>(layer, "/Dish", "instanceable"));
+    EXPECT_EQ(tokenTexts(field<TokenArray>(layer, "/Dish", "primChildren")), (std::vector<std::string>{"Plate", "Lid", "Template", "Typeless"}));
+    EXPECT_EQ(field<Token>(layer, "/Dish/Lid", "specifier").text, "over");
+    EXPECT_EQ(field<Token>(layer, "/Dish/Template", "specifier").text, "class");
     EXPECT_EQ(layer.spec("/Dish/Typeless")->field("typeName"), nullptr);
 }
 
@@ -93,43 +79,42 @@ lines"""
     bool[] b = [true, false]  uint u = 4000000000  int64[] w = [-5000000000, 7]
 }
 )");
-    const auto* points = field(layer, "/M.points", "default").get<FloatArray>();
-    ASSERT_NE(points, nullptr);
+    const auto* points = &field<FloatArray>(layer, "/M.points", "default");
     EXPECT_EQ(points->width, 3);
     EXPECT_EQ(points->values, (std::vector<float>{0, 1, 2, 3.5f, -400, 0.5f}));
-    EXPECT_EQ(field(layer, "/M.points", "typeName").get<Token>()->text, "point3f[]");
-    EXPECT_EQ(field(layer, "/M.faceVertexIndices", "default").get<IntArray>()->values, IntArray::Values(IntArray::Narrow{0, 1, 2, 3}));
-    const auto* orient = field(layer, "/M.xformOp:orient", "default").get<FloatArray>();
+    EXPECT_EQ(field<Token>(layer, "/M.points", "typeName").text, "point3f[]");
+    EXPECT_EQ(field<IntArray>(layer, "/M.faceVertexIndices", "default").values, IntArray::Values(IntArray::Narrow{0, 1, 2, 3}));
+    const auto* orient = &field<FloatArray>(layer, "/M.xformOp:orient", "default");
     EXPECT_FALSE(orient->isArray);
     EXPECT_EQ(orient->values, (std::vector<float>{0.5f, 0.25f, 0.125f, 1}));  // (i, j, k, real)
-    const auto* matrix = field(layer, "/M.xformOp:transform", "default").get<DoubleArray>();
+    const auto* matrix = &field<DoubleArray>(layer, "/M.xformOp:transform", "default");
     EXPECT_EQ(matrix->width, 16);
     EXPECT_EQ(matrix->values.at(12), 7);
-    EXPECT_TRUE(std::isinf(field(layer, "/M.h", "default").get<FloatArray>()->values.at(0)));
-    EXPECT_EQ(field(layer, "/M.d", "default").get<DoubleArray>()->values.at(0), 1e-300);
-    EXPECT_EQ(field(layer, "/M.orientation", "variability").get<Token>()->text, "uniform");
-    EXPECT_EQ(*field(layer, "/M.note", "default").get<std::string>(), "say \"hi\"\nAA");
-    EXPECT_TRUE(*field(layer, "/M.note", "custom").get<bool>());
-    EXPECT_EQ(*field(layer, "/M.poem", "default").get<std::string>(), "two\nlines");
-    EXPECT_EQ(field(layer, "/M.file", "default").get<AssetPath>()->path, "odd");
-    EXPECT_TRUE(*field(layer, "/M.flag", "default").get<bool>());
-    EXPECT_EQ(field(layer, "/M.primvars:st", "interpolation").get<Token>()->text, "faceVarying");
-    EXPECT_EQ(field(layer, "/M.primvars:st", "elementSize").get<IntArray>()->values, IntArray::Values(IntArray::Narrow{1}));
-    EXPECT_TRUE(field(layer, "/M.primvars:st:indices", "default").empty());  // blocked
-    const auto* samples = field(layer, "/M.xformOp:translate", "timeSamples").get<TimeSamples>();
+    EXPECT_TRUE(std::isinf(field<FloatArray>(layer, "/M.h", "default").values.at(0)));
+    EXPECT_EQ(field<DoubleArray>(layer, "/M.d", "default").values.at(0), 1e-300);
+    EXPECT_EQ(field<Token>(layer, "/M.orientation", "variability").text, "uniform");
+    EXPECT_EQ(field<std::string>(layer, "/M.note", "default"), "say \"hi\"\nAA");
+    EXPECT_TRUE(field<bool>(layer, "/M.note", "custom"));
+    EXPECT_EQ(field<std::string>(layer, "/M.poem", "default"), "two\nlines");
+    EXPECT_EQ(field<AssetPath>(layer, "/M.file", "default").path, "odd");
+    EXPECT_TRUE(field<bool>(layer, "/M.flag", "default"));
+    EXPECT_EQ(field<Token>(layer, "/M.primvars:st", "interpolation").text, "faceVarying");
+    EXPECT_EQ(field<IntArray>(layer, "/M.primvars:st", "elementSize").values, IntArray::Values(IntArray::Narrow{1}));
+    EXPECT_TRUE(layer.spec("/M.primvars:st:indices")->field("default")->empty());  // blocked
+    const auto* samples = &field<TimeSamples>(layer, "/M.xformOp:translate", "timeSamples");
     ASSERT_EQ(samples->samples.size(), 2u);
     EXPECT_EQ(samples->samples[0].second->get<FloatArray>()->values, (std::vector<float>{1, 2, 3}));
     EXPECT_TRUE(samples->samples[1].second->empty());
-    EXPECT_EQ(*field(layer, "/M.inputs:opacity", "connectionPaths").get<PathArray>(), PathArray{"/M/Shader.outputs:a"});
-    EXPECT_EQ(*field(layer, "/M.material:binding", "targetPaths").get<PathArray>(), PathArray{"/Looks/Mat"});
-    EXPECT_TRUE(field(layer, "/M.unknownType", "default").empty());
-    EXPECT_EQ(tokens(field(layer, "/M", "properties")).size(), 23u);
+    EXPECT_EQ(field<PathArray>(layer, "/M.inputs:opacity", "connectionPaths"), PathArray{"/M/Shader.outputs:a"});
+    EXPECT_EQ(field<PathArray>(layer, "/M.material:binding", "targetPaths"), PathArray{"/Looks/Mat"});
+    EXPECT_TRUE(layer.spec("/M.unknownType")->field("default")->empty());
+    EXPECT_EQ(tokenTexts(field<TokenArray>(layer, "/M", "properties")).size(), 23u);
     // Integers keep the width of their declared type.
     const std::pair<const char*, IntArray::Values> integers[] = {
         {"/M.i", IntArray::Narrow{1, -2147483647 - 1}}, {"/M.c", IntArray::Narrow{255}}, {"/M.v", IntArray::Narrow{3, -4}},
         {"/M.b", IntArray::Narrow{1, 0}}, {"/M.u", IntArray::Wide{4000000000}}, {"/M.w", IntArray::Wide{-5000000000, 7}},
     };
-    for (const auto& [path, values] : integers) EXPECT_EQ(field(layer, path, "default").get<IntArray>()->values, values) << path;
+    for (const auto& [path, values] : integers) EXPECT_EQ(field<IntArray>(layer, path, "default").values, values) << path;
 }
 
 TEST(UsdaParserTest, CombinesListOpsForReferencesPayloadsAndVariantSets) {
@@ -148,23 +133,22 @@ def "A" (
     }
 }
 )");
-    const auto* refs = field(layer, "/A", "references").get<ReferenceArray>();
-    ASSERT_NE(refs, nullptr);
+    const auto* refs = &field<ReferenceArray>(layer, "/A", "references");
     ASSERT_EQ(refs->size(), 3u);
     EXPECT_EQ((*refs)[0].assetPath, "first.usda");
     EXPECT_EQ((*refs)[1].assetPath, "./base.usda");
     EXPECT_EQ((*refs)[1].primPath, "/Base");
     EXPECT_EQ((*refs)[2].assetPath, "");
     EXPECT_EQ((*refs)[2].primPath, "/Internal");
-    EXPECT_EQ(field(layer, "/A", "payload").get<ReferenceArray>()->at(0).assetPath, "heavy.usda");
-    EXPECT_EQ(field(layer, "/A", "variantSelection").get<VariantSelection>()->at("shading"), "red");
-    EXPECT_EQ(field(layer, "/A", "variantSetNames").get<StringArray>()->values, (std::vector<std::string>{"shading", "size"}));
-    EXPECT_EQ(tokens(field(layer, "/A", "variantSetChildren")), std::vector<std::string>{"shading"});
-    EXPECT_EQ(tokens(field(layer, "/A{shading=}", "variantChildren")), (std::vector<std::string>{"blue", "red"}));
+    EXPECT_EQ(field<ReferenceArray>(layer, "/A", "payload").at(0).assetPath, "heavy.usda");
+    EXPECT_EQ(field<VariantSelection>(layer, "/A", "variantSelection").at("shading"), "red");
+    EXPECT_EQ(field<StringArray>(layer, "/A", "variantSetNames").values, (std::vector<std::string>{"shading", "size"}));
+    EXPECT_EQ(tokenTexts(field<TokenArray>(layer, "/A", "variantSetChildren")), std::vector<std::string>{"shading"});
+    EXPECT_EQ(tokenTexts(field<TokenArray>(layer, "/A{shading=}", "variantChildren")), (std::vector<std::string>{"blue", "red"}));
     EXPECT_EQ(layer.spec("/A{shading=blue}")->type, SpecType::variant);
-    EXPECT_EQ(field(layer, "/A{shading=blue}", "references").get<ReferenceArray>()->at(0).assetPath, "blue.usda");
-    EXPECT_EQ(field(layer, "/A{shading=blue}Cup.size", "default").get<FloatArray>()->values.at(0), 2);
-    EXPECT_EQ(tokens(field(layer, "/A{shading=red}", "primChildren")), std::vector<std::string>{"Cup"});
+    EXPECT_EQ(field<ReferenceArray>(layer, "/A{shading=blue}", "references").at(0).assetPath, "blue.usda");
+    EXPECT_EQ(field<FloatArray>(layer, "/A{shading=blue}Cup.size", "default").values.at(0), 2);
+    EXPECT_EQ(tokenTexts(field<TokenArray>(layer, "/A{shading=red}", "primChildren")), std::vector<std::string>{"Cup"});
     EXPECT_NE(layer.spec("/A{shading=red}.tint"), nullptr);
     EXPECT_NE(layer.spec("/A{shading=red}{gloss=matte}"), nullptr);
 }

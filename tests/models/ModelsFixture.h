@@ -68,8 +68,7 @@ protected:
     QString cacheFolder_;     // the kit's folder inside it
     std::shared_ptr<core::ManualScheduler> main_ = std::make_shared<core::ManualScheduler>();
     TestHttpServer server_;
-    std::shared_ptr<net::HttpClient> client_ = std::make_shared<net::HttpClient>(net::TransferLimits{});
-    std::shared_ptr<NetworkManager> network_ = std::make_shared<NetworkManager>(client_);
+    std::shared_ptr<NetworkManager> network_ = std::make_shared<NetworkManager>(std::make_shared<net::HttpClient>(net::TransferLimits{}));
     LogCapture log_;
 };
 

@@ -1,7 +1,6 @@
 #include "ModelsFixture.h"
 
 #include <OrvantaARFoodSDK/DrawingBudget.h>
-#include "support/Corpus.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -10,6 +9,7 @@
 #include <atomic>
 #include <csignal>
 #include <filesystem>
+#include <limits>
 #include <string_view>
 
 #include <sys/resource.h>
@@ -28,13 +28,16 @@ public:
     using NetworkManager::loadSceneKitModelFromLocalURL;
 };
 
-// The error's domain and code, and its message: the whole of it, or (`part`) a piece of it.
+constexpr int anyCode = std::numeric_limits<int>::min();
+
+// The error's domain and code (unless `anyCode`), and its message: the whole of it, or (`part`)
+// a piece of it.
 void expectError(const std::optional<core::Error>& error, const char* domain, int code, const std::string& message = {},
                  bool part = false) {
     ASSERT_TRUE(error.has_value());
     EXPECT_EQ(error->domain(), domain);
-    if (code >= 0) {
-        EXPECT_EQ(error->code(), code);
+    if (code != anyCode) {
+        EXPECT_EQ(error->code(), code) << error->localizedDescription();
     }
     const std::string text = error->localizedDescription();
     if (!message.empty()) {
@@ -92,7 +95,7 @@ TEST_F(NetworkManagerCache, ErrorPageIsCachedAsTheModelAndFailsInTheLoader) {
     EXPECT_TRUE(cached.readAll().startsWith("<html>"));
 
     // The AR path reads the same cached page and reports the importer's own error.
-    expectError(awaitOutcome(network_->loadModel(server_.url("/missing.usdz"))).error, "ModelImportError", -1);
+    expectError(awaitOutcome(network_->loadModel(server_.url("/missing.usdz"))).error, "ModelImportError", 2);
     EXPECT_EQ(server_.requestCount(), 1);
 }
 
@@ -112,7 +115,7 @@ TEST_F(NetworkManagerCache, APlantedLinkIsReplacedNeverFollowedAndAnUnusableTmpd
     // A TMPDIR that names no directory is an error; nothing lands at the file-system root.
     qputenv("TMPDIR", QByteArray::fromStdString(cachePath("missing")));
     expectError(awaitOutcome(network_->loadSceneKitModel(server_.url("/orvanta-root-check.glb"))).error,
-                "TemporaryDirectoryError", -1);
+                "TemporaryDirectoryError", anyCode);
     EXPECT_EQ(server_.requestCount("/orvanta-root-check.glb"), 0);
     EXPECT_FALSE(QFileInfo::exists("/orvanta-root-check.glb"));
 }
@@ -123,7 +126,7 @@ TEST_F(NetworkManagerTransfer, ConnectionClosedMidBodyFailsOffTheMainThreadAndLe
     server_.route("/broken.glb", {.body = QByteArray(1 << 20, 'x'), .cutAfter = 1 << 19});
     // The failure is delivered by the HTTP client's thread, not through the main queue.
     const auto outcome = awaitOutcome(network_->loadSceneKitModel(server_.url("/broken.glb")));
-    expectError(outcome.error, "URLError", -1);
+    expectError(outcome.error, "URLError", -1005);
     EXPECT_FALSE(outcome.deliveredOnMain);
     EXPECT_TRUE(cacheFiles().isEmpty());
 
@@ -191,7 +194,7 @@ TEST_F(NetworkManagerTransfer, HostileFileNamesNeverReachTheFileSystem) {
     // says why; nothing stays behind.
     const std::string longName = "/" + std::string(300, 'n') + ".glb";
     serveModel(longName);
-    expectError(awaitOutcome(network_->loadSceneKitModel(server_.url(longName))).error, "FileWriteError", -1,
+    expectError(awaitOutcome(network_->loadSceneKitModel(server_.url(longName))).error, "FileWriteError", ENAMETOOLONG,
                 ": File name too long", true);
     EXPECT_TRUE(cacheFiles().isEmpty());
 }
@@ -260,23 +263,6 @@ TEST_F(NetworkManagerLoaders, EveryOwnErrorHasItsDomainCodeAndMessage) {
     expectError(notScene.error, "SceneKitError", 500, "Unable to create a SceneSource from the file.");
     expectError(noScene.error, "SceneKitError", 500, "Unable to load a scene from the SceneSource.");
     EXPECT_TRUE(log_.lines().empty());
-}
-
-TEST_F(NetworkManagerLoaders, UsdzDishLoadsEndToEndInBothModes) {
-    ORVANTA_CORPUS_FILE(usdz, "usdz/USDLogo.usdz");
-    QFile file(QString::fromStdString(usdz.string()));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    server_.route("/dishes/logo.usdz", {.body = file.readAll()});
-
-    const auto entity = awaitOutcome(network_->loadModel(server_.url("/dishes/logo.usdz")));
-    ASSERT_TRUE(entity.value.has_value()) << entity.error->description();
-    EXPECT_FALSE((*entity.value)->children().empty());
-
-    const auto node = awaitOutcome(network_->loadSceneKitModel(server_.url("/dishes/logo.usdz")));
-    ASSERT_TRUE(node.value.has_value()) << node.error->description();
-    EXPECT_FALSE((*node.value)->childNodes().empty());
-    EXPECT_FALSE((*node.value)->boundingBox().empty);
-    EXPECT_EQ(server_.requestCount(), 1);
 }
 
 TEST_F(NetworkManagerLoaders, InstancedSeedsLoadAsInstancesAndABudgetBeyondThemRefusesThemInBothModes) {

@@ -2,17 +2,15 @@
 // than allowed, too slow or endless must fail as a transfer error and leave no file; an
 // error status is still a completed transfer. (A body with neither a length nor chunks ends
 // where the connection closes, however it closes: HTTP gives no way to tell a cut there.)
-#include "net/HttpClient.h"
+#include "support/ClientDownload.h"
 #include "support/HttpBodies.h"
 #include "support/TestHttpServer.h"
 
 #include <QDir>
-#include <QFile>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-#include <future>
 #include <optional>
 
 using namespace orvanta;
@@ -21,37 +19,13 @@ using namespace std::chrono_literals;
 
 namespace {
 
-struct Delivery {
-    std::optional<net::DownloadedFile> file;
-    std::optional<core::Error> error;
-    bool onWorker = false;
-};
-
 class HttpClientTest : public ::testing::Test {
 protected:
-    // Downloads `path` from the server and waits for the outcome (generously bounded).
-    // `limits` null: the client follows the process's default limits.
-    Delivery download(const std::string& path,
-                      const std::optional<net::TransferLimits>& limits = net::TransferLimits{.idleTimeout = 10s}) {
+    // Downloads `path` from the server with `limits` (null: the process's default limits).
+    ClientDownload download(const std::string& path,
+                            const std::optional<net::TransferLimits>& limits = net::TransferLimits{.idleTimeout = 10s}) {
         net::HttpClient client(limits);
-        Delivery delivery;
-        std::promise<void> done;
-        auto queue = client.queue();
-        auto subscription = client.download(*core::Url::fromString(server_.url(path)), dir_.path().toStdString())
-                                .sink(
-                                    [&](const core::Completion& c) {
-                                        delivery.error = c.failure;
-                                        delivery.onWorker = queue->isCurrent();
-                                        done.set_value();
-                                    },
-                                    [&](net::DownloadedFile file) { delivery.file = std::move(file); });
-        EXPECT_EQ(done.get_future().wait_for(60s), std::future_status::ready) << path << " never finished";
-        return delivery;
-    }
-
-    QByteArray contents(const net::DownloadedFile& file) const {
-        QFile f(QString::fromStdString(file.path()));
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+        return ClientDownload::of(client, server_.url(path), dir_.path());
     }
     QStringList filesLeft() const { return QDir(dir_.path()).entryList(QDir::Files | QDir::Hidden); }
 
@@ -73,7 +47,7 @@ QByteArray noise(qsizetype size) {
 }
 
 // A failure in the "URLError" domain with `code`, delivered on the client's thread.
-void expectTransferError(const Delivery& delivery, int code) {
+void expectTransferError(const ClientDownload& delivery, int code) {
     if (!delivery.error) {
         ADD_FAILURE() << "completed with " << delivery.file->size << " bytes";
         return;
@@ -89,10 +63,10 @@ TEST_F(HttpClientTest, ErrorStatusesAreCompletedTransfersWithTheirBody) {
     for (const int status : {400, 401, 403, 404, 409, 418, 451, 500, 502, 503}) {
         SCOPED_TRACE(status);
         server_.route("/page", {.status = status, .body = "<html>status page</html>"});
-        const Delivery delivery = download("/page");
+        const ClientDownload delivery = download("/page");
         ASSERT_TRUE(delivery.file.has_value()) << delivery.error->description();
         EXPECT_EQ(delivery.file->statusCode, status);
-        EXPECT_EQ(contents(*delivery.file), "<html>status page</html>");
+        EXPECT_EQ(delivery.body(), "<html>status page</html>");
     }
 }
 
@@ -107,9 +81,9 @@ TEST_F(HttpClientTest, WellFramedBodiesArriveWhole) {
     for (const auto& [name, route] : cases) {
         SCOPED_TRACE(name);
         server_.route("/body", route);
-        const Delivery delivery = download("/body");
+        const ClientDownload delivery = download("/body");
         ASSERT_TRUE(delivery.file.has_value()) << delivery.error->description();
-        EXPECT_EQ(contents(*delivery.file), body);
+        EXPECT_EQ(delivery.body(), body);
         EXPECT_EQ(delivery.file->size, body.size());
     }
 }
@@ -175,13 +149,13 @@ TEST_F(HttpClientTest, RedirectsAreFollowedOnlyToHttpAndNotForever) {
     server_.route("/loop", {.redirectTo = server_.url("/loop")});
     server_.route("/to-file", {.redirectTo = "file:///etc/passwd"});
     {
-        const Delivery moved = download("/to-other-port"); // its file goes with it
+        const ClientDownload moved = download("/to-other-port"); // its file goes with it
         ASSERT_TRUE(moved.file.has_value());
-        EXPECT_EQ(contents(*moved.file), "moved");
+        EXPECT_EQ(moved.body(), "moved");
     }
     expectTransferError(download("/loop"), -1007);
-    const Delivery file = download("/to-file");
-    if (file.file) ADD_FAILURE() << "served " << contents(*file.file).left(40).toStdString();
+    const ClientDownload file = download("/to-file");
+    if (file.file) ADD_FAILURE() << "served " << file.body().left(40).toStdString();
     expectTransferError(file, -1002);
     EXPECT_TRUE(filesLeft().isEmpty());
 }
@@ -190,7 +164,7 @@ TEST_F(HttpClientTest, AClientWithoutLimitsOfItsOwnFollowsTheProcessDefaults) {
     server_.route("/four-kib", {.body = pattern(4096)});
     const DownloadLimits original = DownloadLimits::defaults();
     DownloadLimits::setDefaults({.maximumBodySize = 1024});
-    const Delivery capped = download("/four-kib", std::nullopt);
+    const ClientDownload capped = download("/four-kib", std::nullopt);
     DownloadLimits::setDefaults(original);
     expectTransferError(capped, -1103);
     EXPECT_TRUE(download("/four-kib", std::nullopt).file.has_value());

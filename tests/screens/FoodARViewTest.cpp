@@ -1,3 +1,4 @@
+// The dish screen's states, its capture and viewer, and the menu grid that opens it.
 #include "ScreenTestSupport.h"
 
 #include "reality/AnchorEntity.h"
@@ -6,6 +7,7 @@
 #include "render/GlSupport.h"
 #include "scenegraph/SceneNodeBuilder.h"
 #include "screens/FoodARView.h"
+#include "screens/FoodList.h"
 #include "screens/ThreeDViewerItem.h"
 #include "support/LogCapture.h"
 
@@ -265,6 +267,36 @@ TEST_F(FoodARViewTest, FailuresAreToldInWordsAGuestUnderstands) {
         {"ModelImportError", 2, damaged}, {"ModelImportError", 3, damaged}, {"SceneKitError", 500, damaged}, // format, truncated
     };
     for (const auto& c : cases) EXPECT_EQ(FoodARView::guestMessage(c.domain, c.code), c.expected) << c.domain << " " << c.code;
+}
+
+// The menu grid: a tap puts the dish first and opens it; the cards show names, prices and pictures.
+using FoodListTest = ScreenTest;
+
+TEST_F(FoodListTest, TappingTheThirdOfFourDishesPutsItFirstSelectsItAndOpensTheDish) {
+    FoodList list;
+    list.setViewModel(&foodVM_);
+    list.tapAt(2);
+    EXPECT_EQ(foodVM_.rearrangedFoods(), (std::vector<Food>{menu_[2], menu_[0], menu_[1], menu_[3]}));
+    EXPECT_EQ(foodVM_.selectedFood(), menu_[2]);
+    EXPECT_TRUE(list.navigateToFoodAR());
+    EXPECT_EQ(foodVM_.foods(), menu_) << "the grid keeps the host's order";
+}
+
+TEST_F(FoodListTest, CardsShowNamesPricesAndPicturesOnlyForLinksThatFormAURL) {
+    for (const auto& [price, text] : {std::pair{0.0, "£0.00"}, {3.0, "£3.00"}, {9.999, "£10.00"}, {12.5, "£12.50"}, {1234.5, "£1234.50"}})
+        EXPECT_EQ(FoodCardsModel::priceText(price), QString::fromUtf8(text)) << price;
+
+    FoodList list;
+    list.setViewModel(&foodVM_);
+    const FoodCardsModel& cards = *list.cards();
+    ASSERT_EQ(cards.rowCount(), 4);
+    EXPECT_EQ(cards.data(cards.index(2), FoodCardsModel::NameRole).toString(), "Pizza");
+    EXPECT_EQ(cards.data(cards.index(2), FoodCardsModel::PriceTextRole).toString(), "£10.00");
+    EXPECT_TRUE(cards.data(cards.index(0), FoodCardsModel::HasPictureRole).toBool());
+    EXPECT_FALSE(cards.data(cards.index(1), FoodCardsModel::HasPictureRole).toBool()) << "an empty link";
+
+    foodVM_.setFoods({menu_[3]}); // the grid follows the menu
+    EXPECT_EQ(cards.rowCount(), 1);
 }
 
 } // namespace

@@ -26,16 +26,14 @@ inline QByteArray gzip(const QByteArray& plain) {
     return out;
 }
 
-// `body` in chunks of at most 4 KiB; without the closing zero-length chunk when
-// `withLastChunk` is false.
-inline QByteArray chunked(const QByteArray& body, bool withLastChunk = true) {
+// `body` in chunks of at most 4 KiB, then the closing zero-length chunk.
+inline QByteArray chunked(const QByteArray& body) {
     QByteArray out;
     for (qsizetype offset = 0; offset < body.size(); offset += 4096) {
         const QByteArray piece = body.mid(offset, 4096);
         out += QByteArray::number(piece.size(), 16) + "\r\n" + piece + "\r\n";
     }
-    if (withLastChunk) out += "0\r\n\r\n";
-    return out;
+    return out + "0\r\n\r\n";
 }
 
 } // namespace orvanta::testing

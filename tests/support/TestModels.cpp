@@ -1,6 +1,5 @@
 #include "support/TestModels.h"
 
-#include <QDataStream>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -16,11 +15,6 @@
 namespace orvanta::testing {
 
 namespace {
-
-QByteArray padded(QByteArray chunk, char pad) {
-    while (chunk.size() % 4) chunk.append(pad);
-    return chunk;
-}
 
 // "[(a, b, c), ...]" of `count` tuples of `width` numbers made by `value(i, k)`.
 template <class Value>
@@ -101,46 +95,41 @@ QByteArray TestModels::seedScatterUsda(int instances, int segments) {
     return out;
 }
 
-QByteArray TestModels::glbWithNodes(int nodeCount) {
+QByteArray TestModels::glbWithNodes(int nodeCount, const QStringList& extensionsUsed) {
     const float positions[9] = {0, 0, 0, 0.1f, 0, 0, 0, 0.1f, 0};
     const quint16 indices[3] = {0, 1, 2};
     QByteArray bin(reinterpret_cast<const char*>(positions), sizeof positions);
     bin.append(reinterpret_cast<const char*>(indices), sizeof indices);
-    bin = padded(bin, '\0');
-
     QJsonArray nodes, sceneNodes;
     for (int i = 0; i < nodeCount; ++i) {
         nodes.append(QJsonObject{{"name", QString("node%1").arg(i)}, {"mesh", 0},
                                  {"translation", QJsonArray{double(i), 0.0, 0.0}}});
         sceneNodes.append(i);
     }
-    const QJsonObject gltf{
+    QJsonObject gltf{
         {"asset", QJsonObject{{"version", "2.0"}}},
         {"scene", 0},
         {"scenes", QJsonArray{QJsonObject{{"nodes", sceneNodes}}}},
         {"nodes", nodes},
         {"meshes", QJsonArray{QJsonObject{{"primitives", QJsonArray{QJsonObject{
                                                {"attributes", QJsonObject{{"POSITION", 0}}}, {"indices", 1}}}}}}},
-        {"buffers", QJsonArray{QJsonObject{{"byteLength", bin.size()}}}},
+        {"buffers", QJsonArray{QJsonObject{{"byteLength", 44}}}},
         {"bufferViews", QJsonArray{QJsonObject{{"buffer", 0}, {"byteOffset", 0}, {"byteLength", 36}},
                                    QJsonObject{{"buffer", 0}, {"byteOffset", 36}, {"byteLength", 6}}}},
         {"accessors", QJsonArray{QJsonObject{{"bufferView", 0}, {"componentType", 5126}, {"count", 3}, {"type", "VEC3"},
                                              {"min", QJsonArray{0, 0, 0}}, {"max", QJsonArray{0.1, 0.1, 0}}},
                                  QJsonObject{{"bufferView", 1}, {"componentType", 5123}, {"count", 3}, {"type", "SCALAR"}}}},
     };
-    const QByteArray json = padded(QJsonDocument(gltf).toJson(QJsonDocument::Compact), ' ');
+    if (!extensionsUsed.isEmpty()) gltf["extensionsUsed"] = QJsonArray::fromStringList(extensionsUsed);
+    return glb(QJsonDocument(gltf).toJson(QJsonDocument::Compact), bin);
+}
 
-    QByteArray glb;
-    QDataStream out(&glb, QIODevice::WriteOnly);
-    out.setByteOrder(QDataStream::LittleEndian);
-    out.writeRawData("glTF", 4);
-    out << quint32(2) << quint32(12 + 8 + json.size() + 8 + bin.size()) << quint32(json.size());
-    out.writeRawData("JSON", 4);
-    out.writeRawData(json.constData(), int(json.size()));
-    out << quint32(bin.size());
-    out.writeRawData("BIN\0", 4);
-    out.writeRawData(bin.constData(), int(bin.size()));
-    return glb;
+QByteArray TestModels::glb(QByteArray json, QByteArray bin) {
+    json.append((4 - json.size() % 4) % 4, ' ');
+    bin.append((4 - bin.size() % 4) % 4, '\0');
+    const auto word = [](quint32 v) { return QByteArray(reinterpret_cast<const char*>(&v), 4); };
+    return "glTF" + word(2) + word(quint32(28 + json.size() + bin.size())) + word(quint32(json.size())) + "JSON" + json +
+           word(quint32(bin.size())) + QByteArray("BIN\0", 4) + bin;
 }
 
 void TestModels::write(const std::string& path, const QByteArray& bytes) {

@@ -1,5 +1,6 @@
 // Pictures written into the user's Pictures folder, and the PNG files behind them.
 #include "support/EventLoopWait.h"
+#include "support/TestModels.h"
 #include "ui/PhotoAlbum.h"
 
 #include <QCoreApplication>
@@ -71,8 +72,7 @@ TEST_F(PhotoAlbumTest, FailuresAreReportedAndLeaveNoFile) {
     EXPECT_EQ(empty.error().code(), PngFile::emptyImage);
     EXPECT_FALSE(QFileInfo::exists(pictures()));
 
-    QFile blocker(pictures());  // a file where the folder should be
-    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    orvanta::testing::TestModels::write(pictures().toStdString(), "");  // a file where the folder should be
     auto unusable = write(picture(Qt::red));
     ASSERT_FALSE(unusable.ok());
     EXPECT_EQ(unusable.error().domain(), "PngFileError");
@@ -81,16 +81,14 @@ TEST_F(PhotoAlbumTest, FailuresAreReportedAndLeaveNoFile) {
 
 TEST(PngFile, ATakenNameIsNeverOverwritten) {
     QTemporaryDir folder;
-    QFile earlier(folder.filePath("Dish.png"));
-    ASSERT_TRUE(earlier.open(QIODevice::WriteOnly));
-    earlier.write("an earlier picture");
-    earlier.close();
+    orvanta::testing::TestModels::write(folder.filePath("Dish.png").toStdString(), "an earlier picture");
 
     const auto second = PngFile::createUnique(picture(Qt::green), folder.path(), "Dish");
     const auto third = PngFile::createUnique(picture(Qt::green), folder.path(), "Dish");
     ASSERT_TRUE(second.ok() && third.ok());
     EXPECT_EQ(second.value(), folder.filePath("Dish 2.png"));
     EXPECT_EQ(third.value(), folder.filePath("Dish 3.png"));
+    QFile earlier(folder.filePath("Dish.png"));
     ASSERT_TRUE(earlier.open(QIODevice::ReadOnly));
     EXPECT_EQ(earlier.readAll(), "an earlier picture");
 }

@@ -24,17 +24,14 @@ ViewController* named(ViewController* controller, const char* name) {
 QRectF sceneRect(QQuickItem* item) { return item->mapRectToScene(QRectF(QPointF(0, 0), item->size())); }
 
 TEST(Presentation, PlacesTheViewByStyleAndFollowsResizes) {
-    struct Case {
-        ModalPresentationStyle style;
-        bool fullHeight;
-    };
-    for (const Case& c : {Case{ModalPresentationStyle::fullScreen, true}, Case{ModalPresentationStyle::overFullScreen, true},
-                          Case{ModalPresentationStyle::pageSheet, false}, Case{ModalPresentationStyle::automatic, false}}) {
-        SCOPED_TRACE(static_cast<int>(c.style));
+    using Style = ModalPresentationStyle;
+    for (const auto& [style, fullHeight] : {std::pair{Style::fullScreen, true}, {Style::overFullScreen, true},
+                                            {Style::pageSheet, false}, {Style::automatic, false}}) {
+        SCOPED_TRACE(static_cast<int>(style));
         ShownWindow shown;
         auto* hosted = new QQuickItem;
         auto* hosting = new HostingController(std::unique_ptr<QQuickItem>(hosted));
-        hosting->setModalPresentationStyle(c.style);
+        hosting->setModalPresentationStyle(style);
         bool completed = false;
         shown.root->present(hosting, false, [&] { completed = true; });
 
@@ -49,7 +46,7 @@ TEST(Presentation, PlacesTheViewByStyleAndFollowsResizes) {
             EXPECT_EQ(rect.left(), 0);
             EXPECT_EQ(rect.width(), size.width());
             EXPECT_EQ(rect.bottom(), size.height());
-            if (c.fullHeight)
+            if (fullHeight)
                 EXPECT_EQ(rect.top(), 0);
             else
                 EXPECT_GT(rect.top(), 20) << "a page sheet leaves the presenter's top visible";
