@@ -22,11 +22,13 @@ void CameraPictureItem::show(std::shared_ptr<const QImage> picture, const QRectF
 }
 
 bool CameraPictureItem::pixelForPixel() const {
+    // Where the item lands in the window, in device pixels, with any scaling above it.
     const qreal ratio = window() ? window()->effectiveDevicePixelRatio() : 1.0;
-    const QPointF corner = mapToScene(QPointF(0, 0)) * ratio;
+    const QRectF onScreen = mapRectToScene(boundingRect());
     const auto whole = [](qreal v) { return std::abs(v - std::round(v)) < 1e-3; };
-    return std::abs(width() * ratio - visible_.width()) < 1e-3 && std::abs(height() * ratio - visible_.height()) < 1e-3 &&
-           whole(visible_.x()) && whole(visible_.y()) && whole(corner.x()) && whole(corner.y());
+    return std::abs(onScreen.width() * ratio - visible_.width()) < 1e-3 &&
+           std::abs(onScreen.height() * ratio - visible_.height()) < 1e-3 && whole(visible_.x()) && whole(visible_.y()) &&
+           whole(onScreen.x() * ratio) && whole(onScreen.y() * ratio);
 }
 
 QSGNode* CameraPictureItem::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
