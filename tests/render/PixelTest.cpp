@@ -127,20 +127,13 @@ std::shared_ptr<const import::ImportedScene> threeInstancedQuads() {
     QTemporaryDir folder;
     const std::string path = folder.filePath("quads.usda").toStdString();
     orvanta::testing::TestModels::write(path, R"(#usda 1.0
-(
-    metersPerUnit = 1
-    upAxis = "Y"
-)
+(metersPerUnit = 1 upAxis = "Y")
 def PointInstancer "Quads" {
-    rel prototypes = [</Quads/Quad>]
-    int[] protoIndices = [0, 0, 0]
-    point3f[] positions = [(-0.12, 0, 0), (0, 0, 0), (0.12, 0, 0)]
-    color3f[] primvars:displayColor = [(0.9, 0.02, 0.02), (0.02, 0.8, 0.02), (0.02, 0.02, 0.9)] ( interpolation = "vertex" )
+    rel prototypes = [</Quads/Quad>] int[] protoIndices = [0, 0, 0] point3f[] positions = [(-0.12, 0, 0), (0, 0, 0), (0.12, 0, 0)]
+    color3f[] primvars:displayColor = [(0.9, 0.02, 0.02), (0.02, 0.8, 0.02), (0.02, 0.02, 0.9)]
     def Mesh "Quad" {
-        int[] faceVertexCounts = [4]
-        int[] faceVertexIndices = [0, 1, 2, 3]
+        int[] faceVertexCounts = [4] int[] faceVertexIndices = [0, 1, 2, 3] uniform bool doubleSided = 1
         point3f[] points = [(-0.05, 0, 0), (0.05, 0, 0), (0.05, 0.1, 0), (-0.05, 0.1, 0)]
-        uniform bool doubleSided = 1
     }
 }
 )");
