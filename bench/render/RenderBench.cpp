@@ -1,10 +1,10 @@
 // Frame times of the two views under the machine's OpenGL (Mesa's software renderer under
 // Xvfb on a machine without a GPU), the time from a newly delivered model to its first drawn
 // frame, the AR view's snapshot time, and the AR view over camera pictures (a new 1280×720
-// picture every session frame) with and without drawing them. A timed harness that prints
-// medians, and beside each frame time the processor time the whole process spent per frame
-// (every thread, the renderer's included), which a busy machine inflates far less than the
-// wall time:
+// picture every session frame) with them drawn, hidden, and with no picture feed at all. A
+// timed harness that prints medians, and beside each frame time the processor time the whole
+// process spent per frame (every thread, the renderer's included), which a busy machine
+// inflates far less than the wall time:
 //   xvfb-run -a -s "-screen 0 1280x800x24" build/release/bench/bench_render [CORPUS_DIR] [--benchmark_filter=TEXT]
 // With a filter, only the measures whose name contains TEXT run; other benchmark-library
 // flags are accepted and ignored.
@@ -20,6 +20,7 @@
 #include "reality/ModelEntity.h"
 #include "render/ARViewItem.h"
 #include "render/CameraPictureFeed.h"
+#include "render/CameraPictureItem.h"
 #include "render/DrawnFrames.h"
 #include "render/GlSupport.h"
 #include "render/ItemSnapshotRenderer.h"
@@ -248,8 +249,8 @@ void benchAR(const std::filesystem::path& dish) {
 
 // The AR view at 1280×720 over a still camera whose session frames each bring a new
 // 1280×720 picture (three in turn), with `dish` placed: frame time with the picture drawn,
-// then with no picture, and the time from a picture entering a session frame to the first
-// swapped frame that shows it.
+// the time from a picture entering a session frame to the first swapped frame that shows it,
+// and what drawing the picture adds to a frame.
 void benchCameraPicture(const std::filesystem::path& dish) {
     const QSize size(1280, 720);
     std::vector<std::shared_ptr<const QImage>> pictures;
@@ -294,18 +295,29 @@ void benchCameraPicture(const std::filesystem::path& dish) {
     std::printf("  (1280x720 picture each frame)\n");
     std::printf("AR camera  session frame with a new picture to the frame drawn with it: median %.1f ms\n",
                 median(latencies));
-    // The picture's share: rounds with and without it, interleaved so that a changing load on
-    // the machine weighs on both alike.
-    std::vector<double> with, without;
-    for (int round = 0; round < 4; ++round) {
-        item->setCameraFeed(nullptr);
-        without.push_back(frameTimes(window, 40).wallMs);
-        item->setCameraFeed(std::make_unique<render::CameraPictureFeed>());
-        with.push_back(frameTimes(window, 40).wallMs);
-    }
-    std::printf("AR camera  with / without drawing the picture, 4 interleaved rounds: median frame %.1f / %.1f ms "
-                "(the picture costs %.1f ms)\n",
-                median(with), median(without), median(with) - median(without));
+    // The picture's share: rounds with the picture drawn, with it hidden (the feed still lights
+    // the dish from the pictures) and with no feed at all (an unlit dish over the plain
+    // background), interleaved so that a changing load on the machine weighs on all alike.
+    struct Round {
+        std::vector<double> wall, cpu;
+    } drawn, hidden, bare;
+    for (int round = 0; round < 4; ++round)
+        for (Round* r : {&drawn, &hidden, &bare}) {
+            if (r == &bare) item->setCameraFeed(nullptr);
+            else if (!item->findChild<render::CameraPictureItem*>()) item->setCameraFeed(std::make_unique<render::CameraPictureFeed>());
+            if (auto* picture = item->findChild<render::CameraPictureItem*>()) picture->setVisible(r == &drawn);
+            const FrameTimes times = frameTimes(window, 40);
+            r->wall.push_back(times.wallMs);
+            r->cpu.push_back(times.cpuMsEach);
+        }
+    std::printf("AR camera  picture drawn / hidden / no feed, 4 interleaved rounds: median frame %.1f / %.1f / %.1f ms, "
+                "CPU a frame %.1f / %.1f / %.1f ms\n",
+                median(drawn.wall), median(hidden.wall), median(bare.wall), median(drawn.cpu), median(hidden.cpu),
+                median(bare.cpu));
+    std::printf("AR camera  drawing the picture costs %.1f ms (%.1f ms CPU) a frame; against no feed (an unlit dish) "
+                "%.1f ms (%.1f ms CPU)\n",
+                median(drawn.wall) - median(hidden.wall), median(drawn.cpu) - median(hidden.cpu),
+                median(drawn.wall) - median(bare.wall), median(drawn.cpu) - median(bare.cpu));
 }
 
 } // namespace

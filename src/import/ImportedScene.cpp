@@ -159,9 +159,10 @@ private:
             it = std::prev(tables_.end());
         }
         InstanceTable& table = *it->second;
+        // Colours are kept from the first copy that has one on, the copies before it white.
         if (color && table.colors.empty()) table.colors.assign(table.transforms.size(), white);
+        if (color || !table.colors.empty()) table.colors.push_back(color ? *color : white);
         table.transforms.push_back(transform);
-        if (!table.colors.empty()) table.colors.push_back(color ? *color : white);
     }
 
     const ImportedScene& scene_;

@@ -14,6 +14,7 @@
 #include "render/ItemSnapshotRenderer.h"
 #include "scenegraph/SceneNodeBuilder.h"
 #include "support/Corpus.h"
+#include "support/TestModels.h"
 
 #include <QBuffer>
 #include <QGuiApplication>
@@ -21,6 +22,7 @@
 #include <QPainter>
 #include <QQuickPaintedItem>
 #include <QQuickWindow>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -36,6 +38,7 @@ constexpr QSize kViewSize(640, 480);
 bool reddish(QRgb p) { return qRed(p) > 120 && qRed(p) > 2 * qGreen(p) && qRed(p) > 2 * qBlue(p); }
 bool amber(QRgb p) { return qRed(p) > 230 && qGreen(p) > 150 && qBlue(p) < 60; }
 bool magenta(QRgb p) { return qRed(p) > 200 && qBlue(p) > 200 && qGreen(p) < 60; }
+bool greenish(QRgb p) { return qGreen(p) > 120 && qGreen(p) > 2 * qRed(p) && qGreen(p) > 2 * qBlue(p); }
 bool bluish(QRgb p) { return qBlue(p) > 120 && qBlue(p) > 2 * qRed(p) && qBlue(p) > 2 * qGreen(p); }
 bool woody(QRgb p) { return qRed(p) > qGreen(p) + 20 && qGreen(p) > qBlue(p) + 15 && qBlue(p) < 140; }
 
@@ -118,20 +121,25 @@ std::shared_ptr<import::ImportedScene> sceneOf(import::ImportedMesh mesh, const 
 
 std::shared_ptr<import::ImportedScene> redBox(float size) { return sceneOf(box(size, size / 2), coloured(kRed)); }
 
-// Two copies of a white box through one instance table: a red one at -x, a blue one at +x.
-std::shared_ptr<const import::ImportedScene> redAndBlueInstances(float size) {
-    auto scene = sceneOf(box(size, size / 2), import::ImportedMaterial{});
-    scene->nodes.push_back(scene->nodes[0]);
-    scene->nodes[0].meshes.clear();
-    import::ImportedInstances instances{1, {}};
-    for (float side : {-1.0f, 1.0f}) {
-        QMatrix4x4 m;
-        m.translate(side * size, 0, 0);
-        instances.table.transforms.push_back(m);
-        instances.table.colors.push_back(side < 0 ? kRed : QVector4D(0.02f, 0.02f, 0.8f, 1));
+// Three upright quads 0.1 m across side by side, copies of one mesh that a USD point instancer
+// colours red, green and blue from left to right.
+std::shared_ptr<const import::ImportedScene> threeInstancedQuads() {
+    QTemporaryDir folder;
+    const std::string path = folder.filePath("quads.usda").toStdString();
+    orvanta::testing::TestModels::write(path, R"(#usda 1.0
+(metersPerUnit = 1 upAxis = "Y")
+def PointInstancer "Quads" {
+    rel prototypes = [</Quads/Quad>] int[] protoIndices = [0, 0, 0] point3f[] positions = [(-0.12, 0, 0), (0, 0, 0), (0.12, 0, 0)]
+    color3f[] primvars:displayColor = [(0.9, 0.02, 0.02), (0.02, 0.8, 0.02), (0.02, 0.02, 0.9)]
+    def Mesh "Quad" {
+        int[] faceVertexCounts = [4] int[] faceVertexIndices = [0, 1, 2, 3] uniform bool doubleSided = 1
+        point3f[] points = [(-0.05, 0, 0), (0.05, 0, 0), (0.05, 0.1, 0), (-0.05, 0.1, 0)]
     }
-    scene->nodes[0].instances.push_back(std::move(instances));
-    return scene;
+}
+)");
+    auto imported = import::SceneImporter::importFile(path);
+    EXPECT_TRUE(imported);
+    return std::make_shared<const import::ImportedScene>(imported ? std::move(imported).value() : import::ImportedScene{});
 }
 
 // What `item` draws, once `ready` holds in its window.
@@ -222,23 +230,24 @@ TEST(ThreeDViewerPixels, AModelShowsCentredAndFramedAlikeInCentimetresAndMetres)
 
 TEST(ThreeDViewerPixels, InstancesShowAtTheirPlacesInTheirColoursInBothViews) {
     SKIP_WITHOUT_GL();
-    const auto scene = redAndBlueInstances(0.1f);
+    const auto scene = threeInstancedQuads();
+    const std::function<bool(QRgb)> colours[] = {reddish, greenish, bluish};
     ThreeDWindow viewer(scene);
     const QImage picture = viewer.picture();
-    const int w = kViewSize.width(), h = kViewSize.height();
-    // The first copy shows without its colour under Qt 6.4's instancing: it is found as
-    // anything but the background, the second by its colour.
-    const QRgb background = picture.pixel(2, 2);
-    const Region left = find(picture, [&](QRgb p) { return std::abs(qGray(p) - qGray(background)) > 8 || bluish(p); }, QRect(0, 0, w / 2, h));
-    const Region blue = find(picture, bluish);
-    EXPECT_GT(left.count, 500);
-    EXPECT_GT(blue.count, 500);
-    EXPECT_GT(blue.centroid.x(), w / 2.0);
-    // The view frames both copies, not the box alone at the middle.
-    EXPECT_NEAR((left.centroid.x() + blue.centroid.x()) / 2, w / 2.0, w / 20.0);
-
     ARWindow ar(quickRoom(0.0f));
-    EXPECT_GT(find(ar.place(reality::ModelEntity::fromImportedScene(scene)), bluish).count, 100);
+    const QImage placed = ar.place(reality::ModelEntity::fromImportedScene(scene));
+    // Every copy in its own colour, the first one too, left to right in the viewer.
+    double left = 0;
+    for (int copy = 0; copy < 3; ++copy) {
+        SCOPED_TRACE(copy);
+        const Region shown = find(picture, colours[copy]);
+        EXPECT_GT(shown.count, 500);
+        EXPECT_GT(shown.centroid.x(), left);
+        left = shown.centroid.x();
+        EXPECT_GT(find(placed, colours[copy]).count, 50);
+    }
+    // The view frames all three copies: the middle one shows at the middle.
+    EXPECT_NEAR(find(picture, greenish).centroid.x(), kViewSize.width() / 2.0, kViewSize.width() / 20.0);
 }
 
 // Materials and meshes whose colour comes from elsewhere than the base colour: each shows over
