@@ -1,11 +1,10 @@
 // Once its nodes exist, bringing the Quick 3D scene in line with a moving entity scene
-// makes no heap allocation; and on a software rasteriser the heap keeps what a frame frees.
+// makes no heap allocation.
 #include "reality/AnchorEntity.h"
 #include "reality/ModelEntity.h"
 #include "reality/Scene.h"
 #include "render/EntitySceneBridge.h"
 #include "render/GlSupport.h"
-#include "render/SoftwareRasteriserHeap.h"
 #include "render/Viewport.h"
 #include "support/CountingAllocator.h"
 
@@ -14,9 +13,7 @@
 
 #include <gtest/gtest.h>
 
-#include <malloc.h>
 
-#include <vector>
 
 namespace orvanta::render {
 
@@ -49,22 +46,6 @@ TEST(SteadySync, MovingEntitiesAllocateNothingOnceTheirNodesExist) {
     }
     EXPECT_EQ(testing::threadAllocationCount() - before, 0u);
     EXPECT_FLOAT_EQ(bridge.node(dish.get())->position().x(), 0.03f);
-}
-
-// llvmpipe frees its per-frame buffers at the end of every frame; once a view exists, freeing
-// the top of the heap must not hand it back to the system, or the next frame faults it in again.
-TEST(SteadySync, ASoftwareRasteriserKeepsTheHeapItFrees) {
-    if (!GlSupport::canCreateContext()) GTEST_SKIP() << "no pixel test: " << GlSupport::unavailableReason();
-    if (!GlSupport::isSoftwareRasteriser()) GTEST_SKIP() << "a GPU driver: the allocator is left alone";
-    QQuickWindow window;
-    Viewport::make(window.contentItem(), Qt::black);
-
-    std::vector<void*> blocks; // 64 MB in blocks small enough for the heap rather than a mapping
-    for (int i = 0; i < 640; ++i) blocks.push_back(std::malloc(100 * 1024));
-    const std::size_t grown = mallinfo2().arena;
-    for (auto block = blocks.rbegin(); block != blocks.rend(); ++block) std::free(*block);
-    EXPECT_GE(mallinfo2().arena, grown);
-    EXPECT_TRUE(SoftwareRasteriserHeap::keepFreedMemory());
 }
 
 } // namespace orvanta::render
