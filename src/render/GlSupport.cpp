@@ -3,7 +3,6 @@
 #include <QGuiApplication>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
-#include <QOpenGLFunctions>
 
 namespace orvanta::render {
 
@@ -12,7 +11,6 @@ namespace {
 struct Probe {
     bool context = false;
     bool halfFloat = false;
-    bool software = false;
     std::string reason;
 };
 
@@ -41,9 +39,6 @@ const Probe& probe() {
         const QSurfaceFormat format = context.format();
         p.halfFloat = format.majorVersion() >= 3 || context.hasExtension("GL_ARB_half_float_pixel") ||
                       context.hasExtension("GL_OES_texture_half_float");
-        const auto* renderer = reinterpret_cast<const char*>(context.functions()->glGetString(GL_RENDERER));
-        const QString name = QString::fromLatin1(renderer ? renderer : "");
-        p.software = name.contains("llvmpipe") || name.contains("softpipe") || name.contains("swrast");
         context.doneCurrent();
         return p;
     }();
@@ -62,7 +57,6 @@ void GlSupport::allowStartWithoutDisplay() {
 
 bool GlSupport::canCreateContext() { return probe().context; }
 bool GlSupport::hasHalfFloatTargets() { return probe().halfFloat; }
-bool GlSupport::isSoftwareRasteriser() { return probe().software; }
 std::string GlSupport::unavailableReason() { return probe().reason; }
 
 } // namespace orvanta::render

@@ -1,8 +1,7 @@
 #pragma once
 // What the machine's OpenGL offers, found out once with a throw-away context: whether a
 // context can be made at all (Quick 3D needs one; without a display or a GL driver there is
-// none), whether half-float render targets exist, and whether the driver rasterises on the
-// processor.
+// none) and whether half-float render targets exist.
 // Thread: main thread, after the application object exists (allowStartWithoutDisplay: before).
 
 #include <string>
@@ -18,8 +17,6 @@ public:
     static void allowStartWithoutDisplay();
     static bool canCreateContext();
     static bool hasHalfFloatTargets();
-    // True when the driver draws on the processor (Mesa's llvmpipe, softpipe or swrast).
-    static bool isSoftwareRasteriser();
     // One line that says why no context can be made, for tools and skipped tests.
     static std::string unavailableReason();
 };

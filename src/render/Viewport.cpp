@@ -1,7 +1,5 @@
 #include "render/Viewport.h"
 
-#include "render/SoftwareRasteriserHeap.h"
-
 #include <QQmlParserStatus>
 #include <QtQuick/private/qquickrectangle_p.h>
 #include <QtQuick3D/private/qquick3dperspectivecamera_p.h>
@@ -11,7 +9,6 @@
 namespace orvanta::render {
 
 Viewport Viewport::make(QQuickItem* parent, const QColor& background, QQuick3DCamera* camera) {
-    SoftwareRasteriserHeap::keepFreedMemory();
     // The background: a plain rectangle under every other child of `parent`, sized with it.
     auto* backdrop = new QQuickRectangle(parent);
     backdrop->setColor(background);
