@@ -4,6 +4,7 @@
 
 #include <OrvantaARFoodSDK/ARSource.h>
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -15,6 +16,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <thread>
 #include <vector>
 
@@ -56,9 +58,11 @@ core::Result<QString> SampleTableVideo::ensure(const QString& folder) {
     if (!card) return card.error();
     const CardTableScene scene(card.value(), CameraCalibration::defaultLens(frameSize));
 
-    // Written under a temporary name (still ending in .avi, which the writer needs) and
-    // renamed when complete, so that a run cut short leaves no truncated video behind.
-    const QString partial = QDir(folder).filePath("unfinished-" + QFileInfo(file).fileName());
+    // Written under a name of this process's own (still ending in .avi, which the writer
+    // needs) and renamed when complete, so that a run cut short leaves no truncated video
+    // behind and two first runs at once each write whole files instead of one shared one.
+    const QString partial = QDir(folder).filePath(
+        QString("unfinished-%1-%2").arg(QCoreApplication::applicationPid()).arg(QFileInfo(file).fileName()));
     cv::VideoWriter writer(partial.toStdString(), cv::VideoWriter::fourcc('M', 'J', 'P', 'G'),
                            framesPerSecond, cv::Size(frameSize.width(), frameSize.height()));
     if (!writer.isOpened()) return videoError("the video " + partial.toStdString() + " cannot be written");
@@ -82,8 +86,14 @@ core::Result<QString> SampleTableVideo::ensure(const QString& folder) {
         }
     }
     writer.release();
-    QFile::remove(file);
-    if (!QFile::rename(partial, file)) return videoError("the video " + file.toStdString() + " cannot be stored");
+    // The rename replaces in one step: a reader sees either no video or a complete one, also
+    // when another run stored the same video meanwhile.
+    std::error_code renamed;
+    std::filesystem::rename(partial.toStdString(), file.toStdString(), renamed);
+    if (renamed) {
+        QFile::remove(partial);
+        return videoError("the video " + file.toStdString() + " cannot be stored: " + renamed.message());
+    }
     return file;
 }
 
