@@ -63,7 +63,9 @@ TEST(CameraToolsTest, PrintedCardIsFoundAtItsTrueSize) {
         ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
         const auto [page, pixelsPerMetre] = pagePicture(dir, c.file);
         ASSERT_FALSE(page.isNull());
-        if (QString(c.file).endsWith(".png")) EXPECT_NEAR(page.dotsPerMeterX(), pixelsPerMetre, 1.0);
+        if (QString(c.file).endsWith(".png")) {
+            EXPECT_NEAR(page.dotsPerMeterX(), pixelsPerMetre, 1.0);
+        }
 
         // A camera straight above the page sees the card's metres at f / height pixels each;
         // the locator takes the card to be its requested size, so a card printed at another
