@@ -406,7 +406,9 @@ TEST(ARViewPixels, APlacedDishCastsAShadowIsPhotographedAloneAndFollowsADrag) {
             render::DrawnFrames::waitUntil(ar.window, [&] { return delivered; }, 30.0);
             ASSERT_TRUE(image);
             EXPECT_EQ(image->size(), kViewSize * image->devicePixelRatio());
-            if (hdr && render::GlSupport::hasHalfFloatTargets()) EXPECT_EQ(image->format(), QImage::Format_RGBA16FPx4);
+            if (hdr && render::GlSupport::hasHalfFloatTargets()) {
+                EXPECT_EQ(image->format(), QImage::Format_RGBA16FPx4);
+            }
             const QImage rgb = image->convertToFormat(QImage::Format_RGB32);
             EXPECT_GT(find(rgb, woody).count, kViewSize.width() * kViewSize.height() / 10);
             EXPECT_GT(find(rgb, reddish).count, 100) << "the dish";
