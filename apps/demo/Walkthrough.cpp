@@ -92,6 +92,10 @@ void Walkthrough::tapScreen() {
     QTest::mouseClick(&window_, Qt::LeftButton, {}, QPoint(window_.width() / 2, window_.height() / 3));
 }
 
+void Walkthrough::waitUntil(const std::function<bool()>& condition, int timeoutMs) {
+    [[maybe_unused]] const bool held = QTest::qWaitFor(condition, timeoutMs);
+}
+
 void Walkthrough::waitForFrames(int count) {
     // The swap is signalled from the render thread and counted on this one through a queued
     // call; the counter's context object lives on this stack frame, so a call still queued when
@@ -101,7 +105,7 @@ void Walkthrough::waitForFrames(int count) {
     QObject::connect(&window_, &QQuickWindow::frameSwapped, &counter, [&drawn] { ++drawn; });
     for (int frame = 1; frame <= count; ++frame) {
         window_.update();
-        QTest::qWaitFor([&] { return drawn >= frame; }, 1000);
+        waitUntil([&] { return drawn >= frame; }, 1000);
     }
 }
 
@@ -168,7 +172,7 @@ bool Walkthrough::openDish() {
                     // A dish further down the menu is scrolled into view first.
                     QMetaObject::invokeMethod(item("menuGrid"), "positionViewAtIndex", Q_ARG(int, route_.dish),
                                               Q_ARG(int, 2 /* GridView.Contain */));
-                    QTest::qWaitFor([&] { return item(qPrintable(card)) != nullptr; }, stepTimeoutMs);
+                    waitUntil([&] { return item(qPrintable(card)) != nullptr; });
                     click(item(qPrintable(card)));
                 },
                 [&] { return stackDepth() == 2 && item("arView"); });
@@ -183,7 +187,7 @@ bool Walkthrough::placeCaptureShareAndClose() {
         step("captured",
              [this] {
                  tapScreen();
-                 QTest::qWaitFor([this] { return item("captureButton") != nullptr; }, stepTimeoutMs);
+                 waitUntil([this] { return item("captureButton") != nullptr; });
                  click(item("captureButton"));
              },
              [&] { return dishState("showsThumbnail").toBool(); }) &&
@@ -222,9 +226,9 @@ bool Walkthrough::placeCaptureShareAndClose() {
         step("back-in-3d",
              [&] {
                  click(item("doneButton"));
-                 QTest::qWaitFor([&] { return stackDepth() == 2; }, stepTimeoutMs);
+                 waitUntil([&] { return stackDepth() == 2; });
                  tapScreen();
-                 QTest::qWaitFor([this] { return item("mode3D") != nullptr; }, stepTimeoutMs);
+                 waitUntil([this] { return item("mode3D") != nullptr; });
                  click(item("mode3D"));
              },
              [&] {
@@ -235,7 +239,7 @@ bool Walkthrough::placeCaptureShareAndClose() {
         step("closed",
              [this] {
                  tapScreen();
-                 QTest::qWaitFor([this] { return item("closeButton") != nullptr; }, stepTimeoutMs);
+                 waitUntil([this] { return item("closeButton") != nullptr; });
                  click(item("closeButton"));
              },
              [&] { return stackDepth() == 1; }) &&

@@ -75,6 +75,9 @@ private:
     void click(QQuickItem* target);
     // A click on the picture away from the controls: shows the dish screen's controls.
     void tapScreen();
+    // Runs the event loop until `condition` holds or `timeoutMs` pass. Whether it held is not
+    // returned: the step that follows checks the state it needs and reports it when missing.
+    static void waitUntil(const std::function<bool()>& condition, int timeoutMs = stepTimeoutMs);
     // Asks the window for `count` more frames and waits (at most 1 s each) until they are drawn.
     void waitForFrames(int count);
     QString saveScreenshot(const QString& name);

@@ -60,10 +60,11 @@ double menuFirstFrame(QQuickWindow& window, const Restaurant& restaurant) {
     auto view = RestaurantSDK::shared().makeRestaurantView(restaurant, "bench");
     view->setParentItem(window.contentItem());
     view->setSize(window.size());
-    QTest::qWaitFor([&] {
+    const bool drawn = QTest::qWaitFor([&] {
         QQuickItem* last = item(window, "card7");
         return last && last->isVisible() && nextFrame(window);
     }, 20000);
+    if (!drawn) std::fprintf(stderr, "the menu's grid was not drawn within 20 s\n");
     const double ms = clock.nsecsElapsed() / 1e6;
     view.reset();
     nextFrame(window);
@@ -135,7 +136,10 @@ int main(int argc, char** argv) {
         QElapsedTimer clock;
         clock.start();
         click(window, target); // the tap starts the load at once: the model is not shown now
-        QTest::qWaitFor([&] { return shownWithTextures() && nextFrame(window); }, 20000);
+        if (!QTest::qWaitFor([&] { return shownWithTextures() && nextFrame(window); }, 20000)) {
+            std::fprintf(stderr, "%s was not shown within 20 s\n", qPrintable(tile));
+            return 1;
+        }
         if (run >= 2 * kTiles) taps.push_back(clock.nsecsElapsed() / 1e6); // two rounds warm every dish
     }
     report("tap on a cached dish to its first drawn frame in 3D mode", taps);
