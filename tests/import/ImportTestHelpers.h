@@ -74,8 +74,8 @@ inline std::string gridCrateLayer(bool brokenIndices) {
 
 namespace usd {
 
-// The field `name` of the spec at `path` as a T; a test failure (and T's empty value) when the
-// spec or the field is missing or the field holds another type.
+// The field `name` of the layer's entry for the prim or property at `path` as a T; a test
+// failure (and T's empty value) when the entry or the field is missing or holds another type.
 template <class T> const T& field(const Layer& layer, const std::string& path, const std::string& name) {
     static const T none{};
     const Spec* spec = layer.spec(path);

@@ -7,7 +7,8 @@
 // one; they are written as Motion JPEG in AVI by OpenCV's preferred writer (FFmpeg's on
 // Debian), which Qt Multimedia's GStreamer player reads. Like the dishes, the file is made on
 // first use and its name carries the generator's version.
-// Thread: any; one writer per folder at a time.
+// Thread: any; processes may make the video in one folder at the same time (each writes a file
+// of its own and renames it into place), threads of one process may not.
 
 #include "core/Result.h"
 
